@@ -1,0 +1,10 @@
+#pragma once
+
+/// Figures of the running process, read from /proc/self. For tests that show that nothing is left over.
+
+/// @return number of threads
+int threadCount();
+/// @return number of open descriptors
+int descriptorCount();
+/// @return resident memory in KiB
+long residentKib();

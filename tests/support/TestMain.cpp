@@ -1,0 +1,23 @@
+#include "tests/support/TestMain.h"
+
+#include <QTemporaryDir>
+
+#include <clocale>
+#include <ctime>
+
+void prepareTestProcess()
+{
+    static const QTemporaryDir home;
+    qputenv("HOME", home.path().toLocal8Bit());
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"}) {
+        qunsetenv(name);
+    }
+    qputenv("XDG_RUNTIME_DIR", home.path().toLocal8Bit());
+    qputenv("LC_ALL", "C.UTF-8");
+    qputenv("TZ", "UTC");
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    std::setlocale(LC_ALL, "C.UTF-8");
+    tzset();
+}
