@@ -1,0 +1,81 @@
+#include "app/MessageBoxes.h"
+#include "tests/support/BoxAnswers.h"
+#include "tests/support/TestMain.h"
+
+class TestMessageBoxes : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void criticalShowsOneOkButton()
+    {
+        QWidget parent;
+        BoxAnswers answers;
+        answers.click(QStringLiteral("OK"));
+        criticalBox(&parent, QStringLiteral("Error"), QStringLiteral("Failed to create:\n/a/b"));
+        QCOMPARE(answers.seen().size(), 1);
+        const BoxAnswers::Box& box = answers.seen().constFirst();
+        QCOMPARE(box.title, QStringLiteral("Error"));
+        QCOMPARE(box.text, QStringLiteral("Failed to create:\n/a/b"));
+        QCOMPARE(box.icon, QMessageBox::Critical);
+        QCOMPARE(box.buttons, QStringList{QStringLiteral("OK")});
+        QVERIFY(box.modal);
+        QCOMPARE(box.parent, &parent);
+    }
+
+    void questionShowsYesAndNo_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("Return presses Yes") << static_cast<int>(Qt::Key_Return) << true;
+        QTest::newRow("Escape is No") << static_cast<int>(Qt::Key_Escape) << false;
+    }
+    void questionShowsYesAndNo()
+    {
+        QFETCH(int, key);
+        QFETCH(bool, yes);
+        QWidget parent;
+        BoxAnswers answers;
+        answers.key(static_cast<Qt::Key>(key));
+        QCOMPARE(questionBox(&parent, QStringLiteral("Vantrel"), QStringLiteral("Copy?\n\n/a")), yes);
+        const BoxAnswers::Box& box = answers.seen().constFirst();
+        QCOMPARE(box.title, QStringLiteral("Vantrel"));
+        QCOMPARE(box.text, QStringLiteral("Copy?\n\n/a"));
+        QCOMPARE(box.icon, QMessageBox::Question);
+        QCOMPARE(box.defaultButton, QStringLiteral("Yes"));
+        QStringList buttons = box.buttons;
+        buttons.sort();
+        QCOMPARE(buttons, (QStringList{QStringLiteral("No"), QStringLiteral("Yes")}));
+        QVERIFY(box.modal);
+        QCOMPARE(box.parent, &parent);
+    }
+
+    void questionIsAnsweredByItsButtons()
+    {
+        BoxAnswers answers;
+        answers.click(QStringLiteral("Yes")).click(QStringLiteral("No")).close();
+        QVERIFY(questionBox(nullptr, QStringLiteral("Vantrel"), QStringLiteral("?")));
+        QVERIFY(!questionBox(nullptr, QStringLiteral("Vantrel"), QStringLiteral("?")));
+        QVERIFY(!questionBox(nullptr, QStringLiteral("Vantrel"), QStringLiteral("?")));
+    }
+
+    void namesThatLookLikeHtmlAreShownAsTheyAre()
+    {
+        BoxAnswers answers;
+        int plain = 0;
+        const auto look = [&plain] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            QCOMPARE(box->textFormat(), Qt::PlainText);
+            ++plain;
+        };
+        answers.meanwhile(look).click(QStringLiteral("OK"));
+        criticalBox(nullptr, QStringLiteral("Error"), QStringLiteral("<b>x</b>"));
+        answers.meanwhile(look).click(QStringLiteral("No"));
+        questionBox(nullptr, QStringLiteral("Vantrel"), QStringLiteral("<b>x</b>"));
+        QCOMPARE(plain, 2);
+    }
+};
+
+VANTREL_TEST_MAIN(TestMessageBoxes)
+#include "tst_MessageBoxes.moc"
