@@ -1,0 +1,51 @@
+#include "app/WorkerThread.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+namespace {
+
+// Room for a walk down the deepest path that the system takes, whatever limit the user's shell sets.
+constexpr uint stackBytes = 16U * 1024U * 1024U;
+
+constexpr unsigned long waitSliceMs = 5;
+
+} // namespace
+
+WorkerThread::WorkerThread(QObject* worker, QObject* dialog)
+    : m_thread(new QThread)
+    , m_worker(worker)
+    , m_dialog(dialog)
+{
+    m_thread->setStackSize(stackBytes);
+    worker->moveToThread(m_thread);
+    QObject::connect(m_thread, SIGNAL(started()), worker, SLOT(StartWork()));
+    QObject::connect(worker, SIGNAL(finished()), dialog, SLOT(isfinished()));
+    QObject::connect(worker, SIGNAL(finished()), worker, SLOT(deleteLater()));
+    QObject::connect(m_thread, SIGNAL(finished()), m_thread, SLOT(deleteLater()));
+    m_thread->start(QThread::InheritPriority);
+    if (!m_thread->isRunning()) {
+        QMetaObject::invokeMethod(dialog, "isfinished", Qt::QueuedConnection);
+    }
+}
+
+WorkerThread::~WorkerThread()
+{
+    stop();
+}
+
+void WorkerThread::stop()
+{
+    if (m_thread.isNull()) {
+        return;
+    }
+    m_thread->quit();
+    do {
+        // An event that is removed lets the emit return that waits for it. The worker may ask again.
+        QCoreApplication::removePostedEvents(m_dialog, QEvent::MetaCall);
+    } while (!m_thread->wait(waitSliceMs));
+
+    // The worker went with its thread unless its finished() was never emitted.
+    delete m_worker.data();
+    delete m_thread.data();
+}
