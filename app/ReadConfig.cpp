@@ -1,3 +1,160 @@
 #include "app/ReadConfig.h"
 
-void ReadConfig(QString /*path*/) { }
+#include "app/TextHelpers.h"
+#include "app/aGlobal.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QStringBuilder>
+#include <QTextStream>
+
+#include <array>
+
+namespace {
+
+/// Peels the next field off a value; @p value keeps what follows the "=".
+QString takeField(QString& value)
+{
+    static const QString separator = QStringLiteral("=");
+    return xs_tok(value, separator);
+}
+
+struct Keyword
+{
+    QLatin1String name;
+    CommandCode code;
+};
+
+constexpr std::array<Keyword, 14> keywords{{
+    {QLatin1String("properties"), CommandProperties},
+    {QLatin1String("totalsize"), CommandTotalSize},
+    {QLatin1String("checksum"), CommandChecksum},
+    {QLatin1String("separator"), CommandSeparator},
+    {QLatin1String("newdir"), CommandNewDir},
+    {QLatin1String("rename"), CommandRename},
+    {QLatin1String("copy"), CommandCopy},
+    {QLatin1String("delete"), CommandDelete},
+    {QLatin1String("sendto"), CommandSendTo},
+    {QLatin1String("clipboard"), CommandClipboard},
+    {QLatin1String("compare"), CommandCompare},
+    {QLatin1String("execute"), CommandExecute},
+    {QLatin1String("terminal"), CommandTerminal},
+    {QLatin1String("terminalex"), CommandTerminalEx},
+}};
+
+CommandCode codeOf(const QString& keyword)
+{
+    for (const Keyword& known : keywords) {
+        if (keyword == known.name) {
+            return known.code;
+        }
+    }
+    return CommandUnknown;
+}
+
+void readStyle(QString& value)
+{
+    gsAppStyleSheet += value;
+    gsAppStyleSheet += QLatin1Char(' ');
+}
+
+void readIcon(QString& value)
+{
+    gsAppIcon = value;
+}
+
+void readDrive(QString& value)
+{
+    LSDRIVE drive;
+    drive.path = takeField(value);
+    if (drive.path == QLatin1String("~")) {
+        drive.path = QDir::homePath();
+    }
+    drive.label = value;
+    gstDrives.append(drive);
+}
+
+void readWindow(QString& value)
+{
+    giWindowArrange = value.toInt();
+}
+
+void readNoRecurse(QString& value)
+{
+    gsNoRecurse = value;
+}
+
+void readAssociation(QString& value)
+{
+    const QStringList suffixes = takeField(value).toLower().split(QLatin1Char('|'));
+    for (const QString& suffix : suffixes) {
+        gmFileAssn.insert(suffix, value);
+    }
+}
+
+void readMenu(QString& value)
+{
+    LSMENU entry;
+    entry.code = codeOf(takeField(value).toLower());
+    entry.types = QLatin1Char('|') % takeField(value).toLower() % QLatin1Char('|');
+    entry.label = takeField(value);
+    // Only up to a further "=": a command that holds one is cut there. That is wanted.
+    entry.command = takeField(value);
+    gstMenu.append(entry);
+}
+
+struct Key
+{
+    QLatin1String name;
+    void (*read)(QString& value); ///< may use up the value
+};
+
+constexpr std::array<Key, 7> keys{{
+    {QLatin1String("style"), readStyle},
+    {QLatin1String("icon"), readIcon},
+    {QLatin1String("drive"), readDrive},
+    {QLatin1String("window"), readWindow},
+    {QLatin1String("norecurse"), readNoRecurse},
+    {QLatin1String("assn"), readAssociation},
+    {QLatin1String("menu"), readMenu},
+}};
+
+/// @param line one line, trimmed; used up
+void readLine(QString& line)
+{
+    if (line.startsWith(QLatin1Char('#'))) {
+        return;
+    }
+    const QString name = takeField(line).toLower();
+    for (const Key& key : keys) {
+        if (name == key.name) {
+            key.read(line);
+            return;
+        }
+    }
+}
+
+} // namespace
+
+void ReadConfig(QString path)
+{
+    QFile file(path);
+    // A pipe or a device would be waited for, or never end, so only a file (or a link to one) is opened.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        QMessageBox::critical(
+            nullptr, QStringLiteral("Error"), QStringLiteral("Failed to open .Vantrel"), QMessageBox::Ok);
+        return;
+    }
+    // The drives are not emptied: they are only ever filled once, at start-up.
+    gsAppStyleSheet.clear();
+    gmFileAssn.clear();
+    gstMenu.clear();
+
+    QTextStream stream(&file);
+    while (!stream.atEnd()) {
+        QString line = stream.readLine().trimmed();
+        readLine(line);
+    }
+}
