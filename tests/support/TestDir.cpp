@@ -30,7 +30,7 @@ int makeReadable(const char* path, const struct stat* /*info*/, int kind, struct
 
 int removeEntry(const char* path, const struct stat* /*info*/, int /*kind*/, struct FTW* /*place*/)
 {
-    ::remove(path);
+    static_cast<void>(::remove(path));
     return 0;
 }
 

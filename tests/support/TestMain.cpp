@@ -18,6 +18,6 @@ void prepareTestProcess()
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    std::setlocale(LC_ALL, "C.UTF-8");
+    static_cast<void>(std::setlocale(LC_ALL, "C.UTF-8"));
     tzset();
 }

@@ -1,0 +1,176 @@
+# shellcheck shell=sh
+# shellcheck disable=SC2034 # what is set here is for the scripts that source it
+
+# Functions that the scripts beside this file share. POSIX sh, sourced, never run by itself:
+#
+#     . "$(dirname "$(readlink -f "$0")")/lib.sh"
+#
+# Sourcing it stops the script at the first error, sets ROOT to the project's folder and takes standard input
+# away, so that nothing that is started from here can wait for an answer.
+
+set -eu
+exec </dev/null
+
+ROOT=$(cd "$(dirname "$(readlink -f "$0")")/.." && pwd -P)
+JOBS=$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 2)
+
+# Packages of Debian 12, by what they are for.
+PACKAGES_BUILD="cmake g++ ninja-build ccache qtbase5-dev qtbase5-dev-tools"
+PACKAGES_SHOW="adwaita-icon-theme fonts-dejavu-core xdg-utils"
+PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
+PACKAGES_FORMAT="clang-format"
+PACKAGES_LINT="clang-tidy clazy shellcheck python3 python3-pyflakes"
+PACKAGES_TEST="python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth"
+
+say() {
+    printf '%s\n' "$*"
+}
+
+warn() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+}
+
+die() {
+    warn "$*"
+    exit 1
+}
+
+# Runs a command as root, without ever asking for a password.
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null 2>&1 && sudo -n true 2>/dev/null; then
+        sudo -n "$@"
+    else
+        return 126
+    fi
+}
+
+apt_get() {
+    as_root env DEBIAN_FRONTEND=noninteractive NEEDRESTART_MODE=a \
+        apt-get -q -y -o DPkg::Lock::Timeout=300 "$@"
+}
+
+is_installed() {
+    dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+# need PACKAGE...: installs those of the Debian packages that are missing, and says which.
+need() {
+    if ! command -v dpkg-query >/dev/null 2>&1; then
+        warn "this is no Debian system; the equivalents of these packages have to be there: $*"
+        return 0
+    fi
+    missing=
+    for package in "$@"; do
+        is_installed "$package" || missing="$missing $package"
+    done
+    [ -n "$missing" ] || return 0
+
+    if ! as_root true; then
+        die "missing packages:$missing
+Installing them needs root, or sudo that asks for no password. Install them by hand and start again:
+    apt-get install --no-install-recommends$missing"
+    fi
+    say "Installing:$missing"
+    log=$(mktemp)
+    apt_get update >"$log" 2>&1 || warn "the package lists could not be brought up to date; trying those that are there"
+    # shellcheck disable=SC2086 # a list of words
+    if ! apt_get install --no-install-recommends $missing >>"$log" 2>&1; then
+        tail -n 30 "$log" >&2
+        rm -f "$log"
+        die "these packages could not be installed:$missing"
+    fi
+    rm -f "$log"
+}
+
+# build PRESET [TARGET...]: configures and builds; without a target, everything of that preset. What the tools
+# say is shown only where they fail.
+build() {
+    preset=$1
+    shift
+    log=$(mktemp)
+    if ! { cd "$ROOT" && cmake --preset "$preset" >"$log" 2>&1 \
+        && cmake --build --preset "$preset" ${1:+--target "$@"} >>"$log" 2>&1; }; then
+        grep -v '^\[[0-9]*/[0-9]*\]' "$log" | tail -n 200 >&2
+        rm -f "$log"
+        return 1
+    fi
+    rm -f "$log"
+}
+
+# own_sources: prints the C++ files of the project, one a line, from its root.
+own_sources() {
+    (cd "$ROOT" && for room in app panel fileops commands info tests bench fuzz; do
+        [ ! -d "$room" ] || find "$room" -type f \( -name '*.cpp' -o -name '*.h' \)
+    done | LC_ALL=C sort)
+}
+
+# own_scripts: prints the shell scripts of the project, one a line, from its root.
+own_scripts() {
+    (cd "$ROOT" && find scripts .ci tests packaging -type f 2>/dev/null | LC_ALL=C sort | while IFS= read -r file; do
+        case $(head -c 64 "$file" | head -n 1 | tr -d '\0') in
+        '#!/bin/sh'* | '#!/bin/bash'* | '#!/usr/bin/env bash'* | '# shellcheck shell='*) printf '%s\n' "$file" ;;
+        esac
+    done)
+}
+
+# own_python: prints the Python files of the project, one a line, from its root.
+own_python() {
+    (cd "$ROOT" && find scripts tests bench packaging -type f 2>/dev/null | LC_ALL=C sort | while IFS= read -r file; do
+        case $file in
+        *.py) printf '%s\n' "$file" ;;
+        *) case $(head -c 64 "$file" | head -n 1 | tr -d '\0') in
+            '#!'*python3*) printf '%s\n' "$file" ;;
+            esac ;;
+        esac
+    done)
+}
+
+# start_virtual_display WIDTHxHEIGHT FOLDER: starts Xvfb with openbox on a free display number and exports
+# DISPLAY. Logs go to FOLDER. Their process ids are left in XVFB_PID and OPENBOX_PID; stop_virtual_display ends
+# them.
+start_virtual_display() {
+    geometry=$1
+    logs=$2
+    rm -f "$logs/xvfb.number"
+    mkfifo "$logs/xvfb.number"
+    Xvfb -displayfd 5 -screen 0 "${geometry}x24" -nolisten tcp -noreset \
+        5>"$logs/xvfb.number" >"$logs/xvfb.log" 2>&1 &
+    XVFB_PID=$!
+    number=$(timeout 30 head -n 1 "$logs/xvfb.number") || number=
+    rm -f "$logs/xvfb.number"
+    if [ -z "$number" ]; then
+        cat "$logs/xvfb.log" >&2
+        die "the virtual display did not start"
+    fi
+    DISPLAY=:$number
+    export DISPLAY
+    unset WAYLAND_DISPLAY
+    openbox >"$logs/openbox.log" 2>&1 &
+    OPENBOX_PID=$!
+    wait_until 20 window_manager_runs || die "the window manager did not start"
+}
+
+stop_virtual_display() {
+    for pid in ${OPENBOX_PID:-} ${XVFB_PID:-}; do
+        kill "$pid" 2>/dev/null || :
+        wait "$pid" 2>/dev/null || :
+    done
+    OPENBOX_PID=
+    XVFB_PID=
+}
+
+window_manager_runs() {
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
+}
+
+# wait_until SECONDS COMMAND...: tries the command until it succeeds; fails where it has not by then.
+wait_until() {
+    end=$(($(date +%s) + $1))
+    shift
+    until "$@"; do
+        [ "$(date +%s)" -lt "$end" ] || return 1
+        sleep 0.1
+    done
+}
