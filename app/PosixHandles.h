@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cerrno>
+#include <dirent.h>
+#include <unistd.h>
+#include <utility>
+
+/// Owners of what the system's file calls hand out. Each closes what it holds exactly once, and closing never
+/// changes errno, so that a failure can still be told after an owner went out of scope.
+
+/// A file descriptor.
+class Descriptor
+{
+public:
+    /// @param number what open() returned; a negative number is held as "none"
+    explicit Descriptor(int number = -1)
+        : m_number(number)
+    {
+    }
+    ~Descriptor() { close(); }
+    Descriptor(Descriptor&& other) noexcept
+        : m_number(std::exchange(other.m_number, -1))
+    {
+    }
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    /// @return the descriptor, still owned here; negative where there is none
+    int number() const { return m_number; }
+
+    /// Closes the descriptor now. The result of close() is not looked at.
+    void close()
+    {
+        if (m_number >= 0) {
+            const int error = errno;
+            ::close(std::exchange(m_number, -1));
+            errno = error;
+        }
+    }
+
+private:
+    int m_number;
+};
+
+/// A folder that is being listed.
+class FolderListing
+{
+public:
+    /// Opens the folder. Where that fails, isOpen() is false and errno tells why.
+    explicit FolderListing(const char* path)
+        : m_folder(::opendir(path))
+    {
+    }
+    ~FolderListing()
+    {
+        if (m_folder != nullptr) {
+            const int error = errno;
+            ::closedir(m_folder);
+            errno = error;
+        }
+    }
+    FolderListing(FolderListing&& other) noexcept
+        : m_folder(std::exchange(other.m_folder, nullptr))
+    {
+    }
+    FolderListing& operator=(FolderListing&& other) noexcept
+    {
+        std::swap(m_folder, other.m_folder);
+        return *this;
+    }
+    FolderListing(const FolderListing&) = delete;
+    FolderListing& operator=(const FolderListing&) = delete;
+
+    bool isOpen() const { return m_folder != nullptr; }
+
+    /// @return name of the next entry, in the order of the file system and with "." and ".."; null at the end
+    ///         and after a read error. Valid until the next call
+    const char* next()
+    {
+        const dirent* entry = ::readdir(m_folder);
+        return entry == nullptr ? nullptr : entry->d_name;
+    }
+
+    /// @return whether the name is "." or ".."
+    static bool isDots(const char* name)
+    {
+        return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+    }
+
+private:
+    DIR* m_folder;
+};
