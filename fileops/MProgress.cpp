@@ -1,0 +1,181 @@
+#include "fileops/MProgress.h"
+
+#include "app/WorkerThread.h"
+#include "app/aGlobal.h"
+#include "fileops/ProgressWorker.h"
+#include "ui_MProgress.h"
+
+#include <QMessageBox>
+#include <QMutexLocker>
+#include <QPointer>
+#include <QPushButton>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr int refreshIntervalMs = 100;
+
+QString textOf(int kind)
+{
+    switch (kind) {
+    case OpDelete:
+        return QStringLiteral("Deleting:");
+    case OpCopy:
+        return QStringLiteral("Copying:");
+    case OpMove:
+        return QStringLiteral("Moving:");
+    default:
+        return QString();
+    }
+}
+
+/// Drops the fraction. What no int can hold becomes the nearest int, and what is no number 0: a move of no
+/// items divides by zero, and a file that grows while it is copied passes 100 %.
+int truncated(float value)
+{
+    if (std::isnan(value)) {
+        return 0;
+    }
+    if (value >= 2147483648.0F) {
+        return std::numeric_limits<int>::max();
+    }
+    return value <= -2147483648.0F ? std::numeric_limits<int>::min() : static_cast<int>(value);
+}
+
+} // namespace
+
+/// Texts and answers of a question's first three buttons, from the default one on. The last is always Abort.
+struct MProgress::Choices
+{
+    QString firstText;
+    int first;
+    QString secondText;
+    int second;
+    QString thirdText;
+    int third;
+};
+
+MProgress::MProgress(QWidget* parent, int operationKind)
+    : QDialog(parent)
+    , panel(parent)
+    , kind(operationKind)
+    , operationText(textOf(operationKind))
+    , elapsed(std::make_unique<QElapsedTimer>())
+    , ui(std::make_unique<Ui::MProgress>())
+{
+    ui->setupUi(this);
+    // A dialog that is shown before exec() stays as it was shown.
+    setModal(true);
+    show();
+    timerId = startTimer(refreshIntervalMs, Qt::CoarseTimer);
+    elapsed->start();
+
+    auto* worker = new ProgressWorker(this); // owned by the thread below
+    worker->panel = parent;
+    work = std::make_unique<WorkerThread>(worker, this);
+}
+
+MProgress::~MProgress()
+{
+    abort = 1;
+    answer = AnswerAbort;
+    work.reset();
+    killTimer(timerId);
+}
+
+int MProgress::exec()
+{
+    const QPointer<MProgress> self(this);
+    const int result = workerEnded ? QDialog::result() : QDialog::exec();
+    if (self) {
+        // The worker still runs where the application quits.
+        abort = 1;
+        deleteLater();
+    }
+    return result;
+}
+
+void MProgress::timerEvent(QTimerEvent* /*event*/)
+{
+    QMutexLocker lock(&gmutexLock);
+    const QString path = currentPath;
+    lock.unlock();
+    ui->label_Operation->setText(operationText);
+    ui->label_Path->setText(path);
+
+    const auto doneNow = static_cast<float>(done);
+    ui->progressBar->setValue(truncated(doneNow / static_cast<float>(total) * 100));
+
+    // No seconds while a question is open: the speed reads "inf" then, or "nan". This is wanted.
+    const float seconds = elapsed->isValid()
+        ? static_cast<float>(static_cast<double>(pausedTime + elapsed->elapsed()) / 1000.0)
+        : 0;
+    const float speed = doneNow / seconds / 1e6F;
+    ui->label_Speed->setText(QStringLiteral("Speed: ") + QString::number(static_cast<double>(speed), 'f', 2)
+        + QStringLiteral(" MBytes/sec"));
+}
+
+void MProgress::isfinished()
+{
+    workerEnded = true;
+    close();
+}
+
+void MProgress::on_pushButton_clicked()
+{
+    abort = 1;
+}
+
+void MProgress::reject()
+{
+    if (workerEnded) {
+        QDialog::reject();
+    } else {
+        on_pushButton_clicked();
+    }
+}
+
+void MProgress::myQuestion(const QString& text)
+{
+    ask(text,
+        {QStringLiteral("Yes"), AnswerYes, QStringLiteral("YesAll"), AnswerYesAll, QStringLiteral("No"),
+            AnswerNo});
+}
+
+void MProgress::myWarning(const QString& text)
+{
+    ask(text,
+        {QStringLiteral("Retry"), AnswerRetry, QStringLiteral("Ignore"), AnswerIgnore,
+            QStringLiteral("IgnoreAll"), AnswerIgnoreAll});
+}
+
+void MProgress::ask(const QString& text, const Choices& choices)
+{
+    pausedTime += elapsed->elapsed();
+    elapsed->invalidate();
+
+    // These four, for the places that their roles have in the row.
+    QMessageBox box(QMessageBox::Warning, gsProduct, text,
+        QMessageBox::Help | QMessageBox::Reset | QMessageBox::Apply | QMessageBox::Discard);
+    box.setTextFormat(Qt::PlainText);
+    box.button(QMessageBox::Help)->setText(choices.firstText);
+    box.button(QMessageBox::Reset)->setText(choices.secondText);
+    box.button(QMessageBox::Apply)->setText(choices.thirdText);
+    box.button(QMessageBox::Discard)->setText(QStringLiteral("Abort"));
+    box.setDefaultButton(QMessageBox::Help);
+    const int button = box.exec();
+
+    if (button == QMessageBox::Reset) {
+        answer = choices.second;
+    } else if (button == QMessageBox::Apply) {
+        answer = choices.third;
+    } else if (button == QMessageBox::Discard || box.isVisible()) {
+        // Still visible: not answered, the application quits.
+        answer = AnswerAbort;
+    } else {
+        answer = choices.first;
+    }
+    elapsed->start();
+}
