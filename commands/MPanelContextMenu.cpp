@@ -1,0 +1,76 @@
+// The context menus of a panel, built afresh from the settings at each click.
+
+#include "panel/MPanel.h"
+
+#include "app/aGlobal.h"
+#include "panel/MList.h"
+#include "panel/MTree.h"
+#include "panel/myFileSystemModel.h"
+
+#include <QMenu>
+
+namespace {
+
+/// @return "|suffix|" in lower case, empty for a path that ends in a dot. The search for the dot runs over
+/// the whole
+///         path on purpose, so one in a folder's name counts too.
+QString suffixPattern(const QString& path)
+{
+    const QString suffix = path.mid(path.lastIndexOf(QLatin1Char('.')) + 1).toLower();
+    return suffix.isEmpty() ? suffix : QLatin1Char('|') + suffix + QLatin1Char('|');
+}
+
+/// @param pattern suffix pattern of a file; the empty one is found in every entry's types on purpose
+bool isOffered(const LSMENU& entry, bool isFolder, const QString& pattern)
+{
+    if (isFolder) {
+        return entry.types.contains(QLatin1String("|.|"));
+    }
+    return entry.types.contains(QLatin1String("|*|")) || entry.types.indexOf(pattern) >= 0;
+}
+
+void addEntry(QMenu& menu, const LSMENU& entry)
+{
+    QAction* action = menu.addAction(entry.label);
+    action->setData(entry.code);
+    action->setStatusTip(entry.command);
+}
+
+} // namespace
+
+void MPanel::ShowContextMenuTree(const QPoint& pos)
+{
+    // The tree's own coordinates here and the viewport's in the listing, on purpose.
+    const QPoint globalPos = tree->mapToGlobal(pos);
+    const QModelIndex index = tree->indexAt(pos);
+    currentTreeIndex = index;
+    currentPath = treeModel->filePath(index);
+    contextPath = currentPath;
+    ShowContextMenu(index.data(Qt::DisplayRole).toString(), treeModel->isDir(index) ? 1 : 0, globalPos);
+}
+
+void MPanel::ShowContextMenuList(const QPoint& pos)
+{
+    const QPoint globalPos = list->viewport()->mapToGlobal(pos);
+    const QModelIndex index = list->indexAt(pos);
+    contextPath = listModel->filePath(index);
+    ShowContextMenu(contextPath, listModel->isDir(index) ? 1 : 0, globalPos);
+}
+
+void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& globalPos)
+{
+    const QString pattern = isFolder != 0 ? QString() : suffixPattern(path);
+    QMenu menu;
+    menu.setObjectName(QStringLiteral("Popup"));
+    for (const LSMENU& entry : qAsConst(gstMenu)) {
+        if (entry.code == CommandSeparator) {
+            menu.addSeparator();
+        } else if (isOffered(entry, isFolder != 0, pattern)) {
+            addEntry(menu, entry);
+        }
+    }
+    const QAction* chosen = menu.exec(globalPos);
+    if (chosen != nullptr) {
+        DoAction(chosen->data().toInt(), contextPath, chosen->statusTip());
+    }
+}

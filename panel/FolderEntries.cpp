@@ -1,0 +1,145 @@
+#include "panel/FolderEntries.h"
+
+#include <QCollator>
+#include <QDateTime>
+#include <QHash>
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace {
+
+/// The collation that the file system model sorts names with.
+QCollator nameCollator()
+{
+    QCollator collator;
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+bool hasSurrogates(const FolderEntries& entries)
+{
+    return std::any_of(entries.begin(), entries.end(), [](const auto& entry) {
+        const QString& name = entry.first;
+        return std::any_of(name.begin(), name.end(), [](QChar unit) { return unit.isSurrogate(); });
+    });
+}
+
+/// A name with each UTF-16 unit case-folded, which is what the C locale's collation compares.
+QString foldedName(const QString& name)
+{
+    QString folded(name.length(), Qt::Uninitialized);
+    std::transform(name.begin(), name.end(), folded.begin(), [](QChar unit) { return unit.toCaseFolded(); });
+    return folded;
+}
+
+/// Puts the entries in the order of @p keys, folders first, equal keys by name.
+template <typename Key, typename Compare>
+void sortByKeys(FolderEntries& entries, const std::vector<Key>& keys, const Compare& compare)
+{
+    const auto count = static_cast<std::size_t>(entries.size());
+    std::vector<char> isFile(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        isFile[i] = entries.at(static_cast<int>(i)).second.isDir() ? 0 : 1;
+    }
+    std::vector<int> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&](int left, int right) {
+        const auto l = static_cast<std::size_t>(left);
+        const auto r = static_cast<std::size_t>(right);
+        if (isFile[l] != isFile[r]) {
+            return isFile[l] < isFile[r];
+        }
+        const int sign = compare(keys[l], keys[r]);
+        return sign != 0 ? sign < 0 : entries.at(left).first < entries.at(right).first;
+    });
+    FolderEntries sorted;
+    sorted.reserve(entries.size());
+    for (const int at : order) {
+        sorted.append(entries.at(at));
+    }
+    entries.swap(sorted);
+}
+
+void sortByCollation(FolderEntries& entries, const QCollator& collator)
+{
+    std::vector<QCollatorSortKey> keys;
+    keys.reserve(static_cast<std::size_t>(entries.size()));
+    for (const auto& entry : qAsConst(entries)) {
+        keys.push_back(collator.sortKey(entry.first));
+    }
+    sortByKeys(entries, keys, [](const auto& l, const auto& r) { return l.compare(r); });
+}
+
+/// The C locale has no collation keys that know no case, so names are folded once instead of at each
+/// comparison. Names beyond the basic plane, which are folded by pairs, are rare enough to be compared the
+/// slow way.
+void sortByFoldedNames(FolderEntries& entries, const QCollator& collator)
+{
+    std::vector<QString> keys;
+    keys.reserve(static_cast<std::size_t>(entries.size()));
+    const bool plain = !hasSurrogates(entries);
+    for (const auto& entry : qAsConst(entries)) {
+        keys.push_back(plain ? foldedName(entry.first) : entry.first);
+    }
+    if (plain) {
+        sortByKeys(entries, keys, [](const QString& l, const QString& r) { return QString::compare(l, r); });
+    } else {
+        sortByKeys(entries, keys, [&](const QString& l, const QString& r) { return collator.compare(l, r); });
+    }
+}
+
+/// Permission bits of owner, group and others. QFile::Permissions would ask the system for those of the user
+/// as well.
+int modeOf(const QFileInfo& info)
+{
+    int mode = 0;
+    for (const QFile::Permission flag :
+        {QFile::ReadOwner, QFile::WriteOwner, QFile::ExeOwner, QFile::ReadGroup, QFile::WriteGroup,
+            QFile::ExeGroup, QFile::ReadOther, QFile::WriteOther, QFile::ExeOther}) {
+        mode |= info.permission(flag) ? static_cast<int>(flag) : 0;
+    }
+    return mode;
+}
+
+bool factsDiffer(const QFileInfo& one, const QFileInfo& other)
+{
+    return one.size() != other.size() || modeOf(one) != modeOf(other) || one.isDir() != other.isDir()
+        || one.isSymLink() != other.isSymLink() || one.ownerId() != other.ownerId()
+        || one.lastModified() != other.lastModified();
+}
+
+} // namespace
+
+void sortFolderEntries(FolderEntries& entries)
+{
+    const QCollator collator = nameCollator();
+    if (collator.locale().language() == QLocale::C) {
+        sortByFoldedNames(entries, collator);
+    } else {
+        sortByCollation(entries, collator);
+    }
+}
+
+void compareFolderEntries(const FolderEntries& before, FolderReading& reading)
+{
+    QHash<QString, int> known;
+    known.reserve(before.size());
+    for (int i = 0; i < before.size(); ++i) {
+        known.insert(before.at(i).first, i);
+    }
+    for (const auto& entry : qAsConst(reading.entries)) {
+        const auto was = known.find(entry.first);
+        if (was == known.end()) {
+            reading.changed.append(entry);
+            continue;
+        }
+        if (factsDiffer(before.at(was.value()).second, entry.second)) {
+            reading.changed.append(entry);
+        }
+        known.erase(was);
+    }
+    reading.removed = known.keys();
+}

@@ -1,0 +1,146 @@
+#include "panel/FolderReader.h"
+
+#include "panel/FolderReadJob.h"
+#include "panel/FolderWatch.h"
+
+#include <QThreadPool>
+
+namespace {
+
+/// Shortest time between two readings of a folder that keeps changing; one that takes long is read less
+/// often, so that reading never takes more than a fifth of the time.
+constexpr qint64 shortestPauseMs = 100;
+constexpr qint64 pausePerReading = 4;
+
+/// Threads that may wait for slow folders at the same time.
+constexpr int readerThreads = 8;
+
+QThreadPool& readerPool()
+{
+    struct Pool : QThreadPool
+    {
+        Pool() { setMaxThreadCount(readerThreads); }
+    };
+    static Pool pool;
+    return pool;
+}
+
+} // namespace
+
+FolderReader::FolderReader(QObject* parent)
+    : QObject(parent)
+    , m_watch(new FolderWatch(this))
+    , m_abandoned(std::make_shared<std::atomic<bool>>(false))
+{
+    qRegisterMetaType<FolderReading>();
+    m_dueTimer.setSingleShot(true);
+    connect(m_watch, SIGNAL(changed(QString)), this, SLOT(folderChanged(QString)));
+    connect(&m_dueTimer, SIGNAL(timeout()), this, SLOT(readDueFolders()));
+}
+
+FolderReader::~FolderReader()
+{
+    m_abandoned->store(true, std::memory_order_relaxed);
+}
+
+void FolderReader::read(const QString& folder)
+{
+    Folder& state = m_folders[folder];
+    // Watched before it is read: what changes in between is read once more rather than missed.
+    m_watch->add(folder);
+    if (state.running) {
+        state.due = true;
+    } else {
+        start(folder, state);
+    }
+}
+
+void FolderReader::refresh()
+{
+    const QStringList folders = m_folders.keys();
+    for (const QString& folder : folders) {
+        read(folder);
+    }
+}
+
+void FolderReader::forget(const QString& folder)
+{
+    const QString below = folder + QLatin1Char('/');
+    const QStringList folders = m_folders.keys();
+    for (const QString& known : folders) {
+        if (known == folder || known.startsWith(below)) {
+            m_folders.remove(known);
+            m_watch->remove(known);
+        }
+    }
+}
+
+void FolderReader::start(const QString& folder, Folder& state)
+{
+    state.running = true;
+    state.due = false;
+    auto before = state.read ? std::make_unique<const FolderEntries>(state.entries) : nullptr;
+    // Owned by the pool, which deletes it when it has run.
+    auto* job = new FolderReadJob(folder, m_foldersOnly, std::move(before), m_abandoned);
+    connect(job, SIGNAL(done(FolderReading, qint64)), this, SLOT(takeReading(FolderReading, qint64)),
+        Qt::QueuedConnection);
+    readerPool().start(job);
+}
+
+void FolderReader::wakeDueTimer()
+{
+    if (!m_dueTimer.isActive()) {
+        m_dueTimer.start(0);
+    }
+}
+
+void FolderReader::folderChanged(const QString& folder)
+{
+    const auto state = m_folders.find(folder);
+    if (state != m_folders.end()) {
+        state->due = true;
+        wakeDueTimer();
+    }
+}
+
+void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs)
+{
+    const auto state = m_folders.find(reading.folder);
+    if (state == m_folders.end()) {
+        return;
+    }
+    state->entries = reading.entries;
+    state->read = true;
+    if (reading.complete) {
+        state->running = false;
+        state->tookMs = tookMs;
+        state->since.start();
+        if (state->due) {
+            wakeDueTimer();
+        }
+    }
+    if (reading.first || !reading.exists || !reading.changed.isEmpty() || !reading.removed.isEmpty()) {
+        emit readingDone(reading);
+    }
+}
+
+void FolderReader::readDueFolders()
+{
+    qint64 nextMs = -1;
+    for (auto state = m_folders.begin(); state != m_folders.end(); ++state) {
+        if (!state->due || state->running) {
+            continue;
+        }
+        const qint64 pauseMs = qMax(shortestPauseMs, pausePerReading * state->tookMs);
+        const qint64 leftMs = state->since.isValid() ? pauseMs - state->since.elapsed() : 0;
+        if (leftMs <= 0) {
+            m_watch->add(state.key()); // a folder that was removed and made again wants a new watch
+            start(state.key(), state.value());
+        } else {
+            nextMs = nextMs < 0 ? leftMs : qMin(nextMs, leftMs);
+        }
+    }
+    if (nextMs >= 0) {
+        m_dueTimer.start(static_cast<int>(nextMs));
+    }
+}

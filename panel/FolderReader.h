@@ -1,0 +1,68 @@
+#pragma once
+
+#include "panel/FolderEntries.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <memory>
+
+class FolderWatch;
+
+/// Reads folders on threads of a pool and keeps the readings up to date: a folder that was asked for once is
+/// watched and read again, at measured intervals, when something in it changes. Lives on the GUI thread. A
+/// folder that is slow to answer keeps one thread of the pool busy and nothing else; whoever destroys the
+/// reader does not wait for it.
+class FolderReader : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @param parent owner
+    explicit FolderReader(QObject* parent);
+    ~FolderReader() override;
+
+    /// Sets whether only real folders are listed, as the tree wants it. To be called before the first read().
+    void setFoldersOnly(bool only) { m_foldersOnly = only; }
+    /// Reads @p folder (absolute path) and watches it from now on.
+    void read(const QString& folder);
+    /// Reads everything again that has been read, whether it is watched or not.
+    void refresh();
+    /// @return whether @p folder has been asked for
+    bool knows(const QString& folder) const { return m_folders.contains(folder); }
+    /// Forgets a folder that is gone, and everything below it.
+    void forget(const QString& folder);
+
+signals:
+    /// A reading is there. Emitted on the GUI thread; for a known folder only when something has changed.
+    void readingDone(const FolderReading& reading);
+
+private slots:
+    void folderChanged(const QString& folder);
+    void takeReading(const FolderReading& reading, qint64 tookMs);
+    void readDueFolders();
+
+private:
+    struct Folder
+    {
+        FolderEntries entries;
+        bool read = false; ///< `entries` holds a reading
+        bool running = false; ///< a job is under way
+        bool due = false; ///< to be read again
+        qint64 tookMs = 0; ///< duration of the last reading
+        QElapsedTimer since; ///< time since the last reading ended
+    };
+
+    void start(const QString& folder, Folder& state);
+    void wakeDueTimer();
+
+    bool m_foldersOnly = false;
+    QHash<QString, Folder> m_folders;
+    FolderWatch* m_watch; ///< child of this
+    QTimer m_dueTimer;
+    std::shared_ptr<std::atomic<bool>>
+        m_abandoned; ///< set once, tells running jobs that nobody waits for them
+};

@@ -1,0 +1,145 @@
+#include "panel/MList.h"
+
+#include "app/aGlobal.h"
+#include "panel/MPanel.h"
+#include "panel/SelectedRows.h"
+#include "panel/myDelegate.h"
+#include "panel/myFileSystemModel.h"
+
+#include <QScrollBar>
+
+namespace {
+
+/// Widths of the columns after the first, in average digits.
+constexpr int sizeDigits = 18;
+constexpr int ownerDigits = 14;
+constexpr int timeDigits = 20;
+constexpr int allDigits = sizeDigits + ownerDigits + timeDigits;
+
+/// Pixels kept free at the right edge, without and with a vertical scroll bar.
+constexpr int marginPixels = 4;
+constexpr int scrolledMarginPixels = 8;
+
+} // namespace
+
+MList::MList(MPanel* owner)
+    : QTableView(owner)
+    , drag(this, new myDelegate(this), owner)
+    , delegate(findChild<myDelegate*>())
+    , panel(owner)
+{
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(true);
+    setDragDropMode(QAbstractItemView::DragDrop);
+    setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setItemDelegate(delegate);
+    setTabKeyNavigation(false); // Tab leaves the listing, which is one control
+    setAccessibleName(QStringLiteral("File list"));
+}
+
+void MList::startChangeWatcher()
+{
+    connect(selectionModel(), SIGNAL(selectionChanged(const QItemSelection&, const QItemSelection&)), this,
+        SLOT(selectionChanged(const QItemSelection&, const QItemSelection&)));
+}
+
+void MList::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    panel->listSelectionChanged();
+}
+
+void MList::keyPressEvent(QKeyEvent* event)
+{
+    if (!panel->mykeyPressEvent(event)) {
+        QAbstractItemView::keyPressEvent(event);
+    }
+}
+
+void MList::mousePressEvent(QMouseEvent* event)
+{
+    drag.press(event);
+    QTableView::mousePressEvent(event);
+}
+
+void MList::mouseMoveEvent(QMouseEvent* event)
+{
+    // The base handler is never called: a move with the button held drags and does not extend the selection.
+    drag.move(event, [this] {
+        gsDragBase = panel->currentPath;
+        gslDragList.clear();
+        forEachSelectedRow(this, [this](const QModelIndex& row) {
+            if (panel->listModel->fileName(row) != QLatin1String("..")) {
+                gslDragList.append(panel->listModel->filePath(row));
+            }
+        });
+    });
+}
+
+void MList::nudgeMouse()
+{
+    drag.nudge();
+}
+
+void MList::dragEnterEvent(QDragEnterEvent* event)
+{
+    drag.enter(event);
+}
+
+void MList::dragMoveEvent(QDragMoveEvent* event)
+{
+    drag.hover(event);
+}
+
+void MList::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    drag.leave(event);
+}
+
+void MList::dropEvent(QDropEvent* event)
+{
+    drag.drop(event, [this](const QModelIndex& index) {
+        return index.isValid() && panel->listModel->isDir(index) ? panel->listModel->filePath(index)
+                                                                 : panel->currentPath;
+    });
+}
+
+void MList::resizeEvent(QResizeEvent* /*event*/)
+{
+    if (charWidth == 0) {
+        charWidth = fontMetrics().horizontalAdvance(QStringLiteral("01234567890123456789")) / 20;
+    }
+    const QScrollBar* bar = verticalScrollBar();
+    const int taken = bar->maximum() == bar->minimum() ? marginPixels : scrolledMarginPixels + bar->width();
+    setColumnWidth(0, width() - taken - allDigits * charWidth);
+    setColumnWidth(1, sizeDigits * charWidth);
+    setColumnWidth(2, ownerDigits * charWidth);
+    setColumnWidth(3, timeDigits * charWidth);
+    updateGeometries(); // the scroll bars' ranges, which the base handler would have set
+}
+
+void MList::focusInEvent(QFocusEvent* /*event*/)
+{
+    panel->listSelectionChanged();
+    viewport()->update();
+}
+
+void MList::focusOutEvent(QFocusEvent* /*event*/)
+{
+    panel->listSelectionChanged();
+    viewport()->update();
+}
+
+void MList::placeWhenLoaded(int place)
+{
+    m_place = place;
+    connect(model(), SIGNAL(directoryLoaded(QString)), this, SLOT(restorePlace()));
+}
+
+void MList::restorePlace()
+{
+    disconnect(model(), SIGNAL(directoryLoaded(QString)), this, SLOT(restorePlace()));
+    executeDelayedItemsLayout();
+    verticalScrollBar()->setValue(m_place);
+}

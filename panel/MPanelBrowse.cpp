@@ -1,0 +1,206 @@
+// Browsing: what a panel shows, and what a double-click or a header click does.
+
+#include "panel/MPanel.h"
+
+#include "app/TextHelpers.h"
+#include "app/aGlobal.h"
+#include "panel/MList.h"
+#include "panel/MNavBar.h"
+#include "panel/MTree.h"
+#include "panel/myFileSystemModel.h"
+
+#include <QDesktopServices>
+#include <QEvent>
+#include <QHeaderView>
+#include <QScrollBar>
+#include <QUrl>
+
+void MPanel::setTreeRoot(QString path)
+{
+    rootPath = path;
+    newTreeModel();
+    treeModel->setRootPath(rootPath);
+    tree->startChangeWatcher();
+    tree->reset();
+    tree->setRootIndex(rootPath == QLatin1String("/") ? treeModel->index(QString())
+                                                      : treeModel->index(xs_UpOneLevel(rootPath)));
+    currentTreeIndex = treeModel->index(rootPath);
+    tree->expand(currentTreeIndex);
+    currentPath = rootPath;
+    setTreePath(rootPath);
+    treeRowChanged(rootPath);
+}
+
+void MPanel::setTreePath(QString path)
+{
+    tree->selectionModel()->setCurrentIndex(
+        treeModel->index(path), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+void MPanel::treeRowChanged(QString path)
+{
+    newListModel();
+    list->setRootIndex(listModel->setRootPath(path));
+    tree->setFocus(Qt::OtherFocusReason);
+    tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
+    navBar->SetNavBar(path);
+    noteLastPath(path);
+    listSelectionChanged();
+    if (!QFileInfo(path).isDir()) {
+        listDirectoryLoaded(path); // nothing will be loaded: the counts of the folder before must not stay
+    }
+}
+
+void MPanel::noteLastPath(const QString& path)
+{
+    // Crosswise on purpose: the panels are told apart by who writes, and the compare command reads both.
+    QString& lastPath = this == gwPanel1 ? gsLastPath2 : gsLastPath1;
+    lastPath = path;
+}
+
+void MPanel::collapseChildren(const QModelIndex& index)
+{
+    if (!index.isValid()) {
+        return;
+    }
+    const int rows = treeModel->rowCount(index);
+    for (int row = 0; row < rows; ++row) {
+        collapseChildren(treeModel->index(row, 0, index));
+    }
+    if (tree->isExpanded(index)) {
+        tree->collapse(index);
+    }
+}
+
+void MPanel::on_TreeView_DoubleClicked(const QModelIndex index)
+{
+    const bool wasExpanded = tree->isExpanded(index);
+    currentTreeIndex = index;
+    currentPath = treeModel->filePath(index);
+    if (currentPath == rootPath) {
+        setTreeRoot(rootPath); // a fresh model: the index that was clicked is gone with the old one
+        tree->setExpanded(treeModel->index(rootPath), wasExpanded);
+    } else if (wasExpanded) {
+        collapseChildren(index);
+        tree->expand(index);
+    } else {
+        tree->collapse(index);
+    }
+    list->clearSelection();
+    treeRowChanged(currentPath);
+}
+
+void MPanel::on_ListView_DoubleClicked(const QModelIndex index)
+{
+    static const QString upEntry = QStringLiteral("/..");
+    // The folder that opens takes the model of the index with it: everything is taken out of it first.
+    const QString path = listModel->filePath(index);
+    const QString name = listModel->fileName(index);
+    const QFileInfo info(path);
+    if (info.isSymLink()) {
+        const QFileInfo target(QFileInfo(info).symLinkTarget());
+        if (target.isDir() || target.isSymLink()) {
+            return;
+        }
+    } else if (listModel->isDir(index)) {
+        if (path.endsWith(upEntry)) {
+            const QString up = xs_UpOneLevel(path.left(path.length() - upEntry.length()));
+            if (up.length() < rootPath.length()) {
+                return;
+            }
+            setTreePath(up);
+        } else {
+            tree->expand(treeModel->index(path));
+            setTreePath(path);
+        }
+        contextPath = currentPath;
+        return;
+    }
+    openFile(path, name);
+}
+
+void MPanel::openFile(const QString& path, const QString& name)
+{
+    contextPath = path;
+    const QString command = associatedCommand(name);
+    if (command.isEmpty()) {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+    } else {
+        Launcher(command, path, QString(), QString());
+    }
+}
+
+QString MPanel::associatedCommand(const QString& name)
+{
+    // The inserting subscript is wanted: a suffix without a program is in the map afterwards, with an empty
+    // command.
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    const QString command = gmFileAssn[name.mid(dot + 1).toLower()];
+    if (command.isEmpty() && dot < 0) {
+        return gmFileAssn[QString()];
+    }
+    return command;
+}
+
+void MPanel::headerClicked(int section)
+{
+    const Qt::SortOrder order = sortDescendingNext ? Qt::DescendingOrder : Qt::AscendingOrder;
+    sortDescendingNext = !sortDescendingNext;
+    list->horizontalHeader()->setSortIndicator(section, order);
+    listModel->sort(section, order);
+}
+
+void MPanel::treeEntriesGone(const QString& folder, const QStringList& names)
+{
+    for (const QString& name : names) {
+        const QString gone = folder == QLatin1String("/") ? folder + name : folder + QLatin1Char('/') + name;
+        if (currentPath == gone || currentPath.startsWith(gone + QLatin1Char('/'))) {
+            leaveGoneFolder();
+            return;
+        }
+    }
+}
+
+void MPanel::leaveGoneFolder()
+{
+    QString path = currentPath;
+    while (!QFileInfo(path).isDir() && path.length() > rootPath.length()) {
+        path = xs_UpOneLevel(path);
+    }
+    if (path == currentPath || path.length() < rootPath.length()) {
+        return;
+    }
+    setTreePath(path);
+    if (currentPath != path) {
+        currentPath = path;
+        treeRowChanged(path);
+    }
+}
+
+void MPanel::reloadList()
+{
+    const int place = list->verticalScrollBar()->value();
+    const QHeaderView* header = list->horizontalHeader();
+    const int section = header->sortIndicatorSection();
+    const Qt::SortOrder order = header->sortIndicatorOrder();
+    newListModel();
+    listModel->sort(section, order);
+    list->setRootIndex(listModel->setRootPath(currentPath));
+    list->placeWhenLoaded(place);
+}
+
+void MPanel::refresh()
+{
+    treeModel->refresh();
+    listModel->refresh();
+}
+
+bool MPanel::eventFilter(QObject* watched, QEvent* event)
+{
+    // A modal dialog has ended: whatever it did shows, also where the system has no watches left to tell of
+    // it.
+    if (event->type() == QEvent::WindowUnblocked && watched == window()) {
+        refresh();
+    }
+    return QFrame::eventFilter(watched, event);
+}

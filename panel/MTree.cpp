@@ -1,0 +1,116 @@
+#include "panel/MTree.h"
+
+#include "app/TextHelpers.h"
+#include "app/aGlobal.h"
+#include "panel/MPanel.h"
+#include "panel/myDelegate.h"
+#include "panel/myFileSystemModel.h"
+
+#include <QMouseEvent>
+
+namespace {
+
+constexpr int indentationPixels = 15;
+
+} // namespace
+
+MTree::MTree(MPanel* owner)
+    : QTreeView(owner)
+    , drag(this, new myDelegate(this), owner)
+    , delegate(findChild<myDelegate*>())
+    , panel(owner)
+{
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(true);
+    setDragDropMode(QAbstractItemView::DragDrop);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setRootIsDecorated(false);
+    setIndentation(indentationPixels);
+    setItemDelegate(delegate);
+    setAccessibleName(QStringLiteral("Folder tree"));
+}
+
+void MTree::startChangeWatcher()
+{
+    connect(selectionModel(), SIGNAL(currentRowChanged(const QModelIndex&, const QModelIndex&)), this,
+        SLOT(currentRowChanged(const QModelIndex&, const QModelIndex&)));
+}
+
+void MTree::currentRowChanged(const QModelIndex& current, const QModelIndex& /*previous*/)
+{
+    if (!current.isValid()) {
+        return; // the tree has lost its rows; the panel keeps the folder that it shows
+    }
+    panel->currentTreeIndex = current;
+    panel->currentPath = panel->treeModel->filePath(current);
+    panel->treeRowChanged(panel->currentPath);
+}
+
+void MTree::keyPressEvent(QKeyEvent* event)
+{
+    if (!panel->mykeyPressEvent(event)) {
+        QTreeView::keyPressEvent(event);
+    }
+}
+
+void MTree::mousePressEvent(QMouseEvent* event)
+{
+    drag.press(event);
+    QTreeView::mousePressEvent(event);
+}
+
+void MTree::mouseMoveEvent(QMouseEvent* event)
+{
+    // The base handler is never called: a move with the button held drags and does not select.
+    drag.move(event, [this] {
+        gslDragList = QStringList(panel->currentPath);
+        gsDragBase = xs_UpOneLevel(panel->currentPath);
+    });
+}
+
+void MTree::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    // The view would toggle the folder after the panel has handled the double-click. One that is folded opens
+    // by that; one that is open stays open, with its subfolders folded up.
+    setExpandsOnDoubleClick(!isExpanded(indexAt(event->pos())));
+    QTreeView::mouseDoubleClickEvent(event);
+}
+
+void MTree::nudgeMouse()
+{
+    drag.nudge();
+}
+
+void MTree::dragEnterEvent(QDragEnterEvent* event)
+{
+    drag.enter(event);
+}
+
+void MTree::dragMoveEvent(QDragMoveEvent* event)
+{
+    drag.hover(event);
+}
+
+void MTree::dragLeaveEvent(QDragLeaveEvent* event)
+{
+    drag.leave(event);
+}
+
+void MTree::dropEvent(QDropEvent* event)
+{
+    drag.drop(event, [this](const QModelIndex& index) {
+        return index.isValid() ? panel->treeModel->filePath(index) : panel->currentPath;
+    });
+}
+
+void MTree::resizeEvent(QResizeEvent* /*event*/)
+{
+    resizeColumnToContents(0);
+    updateGeometries(); // the scroll bars' ranges, which the base handler would have set
+}
+
+void MTree::drawBranches(QPainter* /*painter*/, const QRect& /*rect*/, const QModelIndex& /*index*/) const
+{
+    // The tree has no branch lines and no arrows.
+}

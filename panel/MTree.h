@@ -1,0 +1,43 @@
+#pragma once
+
+#include "panel/ViewDrag.h"
+
+#include <QTreeView>
+
+class MList;
+class MPanel;
+class myDelegate;
+
+/// The folder tree of a panel. Its current row is the panel's current folder.
+class MTree : public QTreeView
+{
+    Q_OBJECT
+
+public:
+    /// @param owner the panel, also the Qt parent
+    explicit MTree(MPanel* owner);
+
+    /// Follows the current row from now on; to be called after each new model.
+    void startChangeWatcher();
+
+    ViewDrag drag; ///< state and handling of drags
+    myDelegate* delegate; ///< child of the view
+    MList* partner = nullptr; ///< the panel's other view
+    MPanel* panel;
+
+public slots:
+    void nudgeMouse();
+    void currentRowChanged(const QModelIndex& current, const QModelIndex& previous);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
+};

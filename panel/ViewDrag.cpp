@@ -1,0 +1,119 @@
+#include "panel/ViewDrag.h"
+
+#include "panel/MPanel.h"
+#include "panel/myDelegate.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QCursor>
+#include <QDrag>
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QTimer>
+
+namespace {
+
+constexpr int nudgeMs = 100;
+
+/// The action of a drop: what the user holds decides, not what the source proposes.
+Qt::DropAction wantedAction(const QDropEvent* event)
+{
+    return event->keyboardModifiers().testFlag(Qt::ShiftModifier) ? Qt::MoveAction : Qt::CopyAction;
+}
+
+} // namespace
+
+ViewDrag::ViewDrag(QAbstractItemView* owner, myDelegate* ownerDelegate, MPanel* ownerPanel)
+    : view(owner)
+    , delegate(ownerDelegate)
+    , panel(ownerPanel)
+{
+}
+
+void ViewDrag::press(const QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton) {
+        pressPos = event->localPos().toPoint();
+    }
+}
+
+bool ViewDrag::isDragStart(const QMouseEvent* event) const
+{
+    if (!event->buttons().testFlag(Qt::LeftButton)) {
+        return false;
+    }
+    const QPoint moved = event->localPos().toPoint() - pressPos;
+    return moved.manhattanLength() >= QApplication::startDragDistance();
+}
+
+void ViewDrag::run()
+{
+    // Both are watched: the view, and with it its children, can go while the drag runs.
+    const QPointer<QDrag> drag = new QDrag(view);
+    auto* marker = new QMimeData; // owned by the drag
+    marker->setText(QStringLiteral("BlahBlah"));
+    drag->setMimeData(marker);
+    const QPointer<QTimer> timer = new QTimer(view);
+    QObject::connect(timer, SIGNAL(timeout()), view, SLOT(nudgeMouse()));
+    timer->start(nudgeMs);
+    drag->exec(Qt::CopyAction | Qt::MoveAction);
+    delete drag;
+    delete timer;
+}
+
+void ViewDrag::nudge()
+{
+    const QPoint pos = QCursor::pos();
+    QCursor::setPos(pos + QPoint(nudgeToggle ? -1 : 1, 0));
+    nudgeToggle = !nudgeToggle;
+}
+
+void ViewDrag::enter(QDragEnterEvent* event) const
+{
+    event->setDropAction(event->proposedAction());
+    event->accept();
+}
+
+void ViewDrag::hover(QDragMoveEvent* event)
+{
+    const QModelIndex index = view->indexAt(event->posF().toPoint());
+    if (index.isValid()) {
+        delegate->dropTargetIndex = index;
+        repaint(hoverIndex);
+        repaint(index);
+        hoverIndex = index;
+    }
+    event->setDropAction(wantedAction(event));
+    event->accept();
+}
+
+void ViewDrag::leave(QDragLeaveEvent* event)
+{
+    event->accept();
+    const QModelIndex outlined = delegate->dropTargetIndex;
+    delegate->dropTargetIndex = QPersistentModelIndex();
+    repaint(outlined);
+}
+
+QModelIndex ViewDrag::endHover(QDropEvent* event)
+{
+    delegate->dropTargetIndex = QPersistentModelIndex();
+    repaint(hoverIndex);
+    event->setDropAction(wantedAction(event));
+    event->accept();
+    return view->indexAt(event->posF().toPoint());
+}
+
+void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
+{
+    panel->gotDrop(event->dropAction(), target);
+}
+
+void ViewDrag::repaint(const QModelIndex& index) const
+{
+    if (index.isValid() && index.model() == view->model()) {
+        emit view->model()->dataChanged(index, index);
+    }
+}

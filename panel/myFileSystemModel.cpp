@@ -1,0 +1,133 @@
+#include "panel/myFileSystemModel.h"
+
+#include "app/TextHelpers.h"
+#include "panel/FileIcons.h"
+#include "panel/MPanel.h"
+
+#include <QCommonStyle>
+#include <QDateTime>
+#include <QLocale>
+
+#include <array>
+
+myFileSystemModel::myFileSystemModel(MPanel* owner)
+    : QFileSystemModel(owner)
+    , panel(owner)
+    , m_reader(new FolderReader(this))
+{
+    setIconProvider(&m_provider);
+    m_feedTimer.setInterval(0);
+    connect(&m_feedTimer, SIGNAL(timeout()), this, SLOT(feed()));
+    connect(m_reader, SIGNAL(readingDone(FolderReading)), this, SLOT(takeReading(FolderReading)));
+}
+
+void myFileSystemModel::setColumns(int n)
+{
+    columns = n;
+}
+
+QVariant myFileSystemModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    static const std::array<QString, 4> names{
+        QStringLiteral("Name"), QStringLiteral("Size"), QStringLiteral("Owner"), QStringLiteral("Modified")};
+    if (section < 0 || section >= columns || orientation != Qt::Horizontal) {
+        return QVariant();
+    }
+    if (role == Qt::DisplayRole) {
+        const auto at = static_cast<std::size_t>(section);
+        return at < names.size() ? QVariant(names.at(at)) : QVariant();
+    }
+    if (role == Qt::TextAlignmentRole) {
+        return section == 0 ? Qt::AlignLeft : Qt::AlignRight;
+    }
+    return QVariant();
+}
+
+QVariant myFileSystemModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || isOutsideRoot(index)) {
+        return QVariant(QString());
+    }
+    switch (role) {
+    case Qt::TextAlignmentRole:
+        return index.column() == 0 ? Qt::AlignLeft : Qt::AlignRight;
+    case Qt::DecorationRole:
+        return index.column() == 0 ? QVariant(icon(index)) : QFileSystemModel::data(index, role);
+    case Qt::DisplayRole:
+        return displayText(index);
+    default:
+        return QFileSystemModel::data(index, role);
+    }
+}
+
+bool myFileSystemModel::isOutsideRoot(const QModelIndex& index) const
+{
+    return !filePath(index).contains(panel->rootPath);
+}
+
+QVariant myFileSystemModel::displayText(const QModelIndex& index) const
+{
+    static const QLocale english(QLocale::English, QLocale::AnyCountry);
+    if (index.column() >= columns) {
+        return QVariant();
+    }
+    switch (index.column()) {
+    case 1:
+        return english.toString(size(index));
+    case 2:
+        return ownerText(index);
+    case 3:
+        return lastModified(index).toString(QStringLiteral("yyyy-MM-dd hh:mm"));
+    default:
+        return QFileSystemModel::data(index, Qt::DisplayRole);
+    }
+}
+
+QString myFileSystemModel::ownerText(const QModelIndex& index) const
+{
+    const QFileInfo info = fileInfo(index);
+    const uint id = info.ownerId();
+    auto owner = m_owners.find(id);
+    if (owner == m_owners.end()) {
+        owner = m_owners.insert(id, info.owner());
+    }
+    return owner.value() + QLatin1Char(' ') + xs_formatPermisions(info);
+}
+
+QIcon myFileSystemModel::icon(const QModelIndex& index) const
+{
+    if (index == panel->currentTreeIndex) {
+        return QIcon::fromTheme(QStringLiteral("folder-open"), QIcon());
+    }
+    const QFileInfo info = fileInfo(index);
+    if (info.isSymLink()) {
+        return QCommonStyle().standardIcon(QStyle::SP_CommandLink);
+    }
+    return FileIcons::instance().icon(info);
+}
+
+void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files, qint64& bytes)
+{
+    dirs = 0;
+    files = 0;
+    bytes = 0;
+    const QModelIndex parent = index(path);
+    const int rows = rowCount(parent);
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex child = index(row, 0, parent);
+        if (data(child, Qt::DisplayRole).toString() == QLatin1String("..")) {
+            continue;
+        }
+        if (isDir(child)) {
+            ++dirs;
+        } else {
+            ++files;
+        }
+        bytes += fileInfo(child).size();
+    }
+}
+
+void myFileSystemModel::refresh()
+{
+    m_reader->refresh();
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "panel/FolderReader.h"
+#include "panel/LoadingIconProvider.h"
+
+#include <QFileSystemModel>
+#include <QHash>
+#include <QIcon>
+#include <QList>
+#include <QTimer>
+
+class MPanel;
+
+/// The file system as a panel's views show it, one instance for the tree (one column) and one for the listing
+/// (four).
+///
+/// What the base class reports is changed in the columns, texts, icons and alignment, and every item outside
+/// the panel's root is blanked. Besides, folders are not loaded by the base class's own gatherer but by a
+/// FolderReader, which reads and sorts them on a thread: the base class then gets the rows in slices and in
+/// their final order, so that the GUI thread neither waits nor sorts. Folders above the model's root path are
+/// never loaded.
+class myFileSystemModel : public QFileSystemModel
+{
+    Q_OBJECT
+
+public:
+    /// @param panel owner, and source of the root path and the current tree index
+    explicit myFileSystemModel(MPanel* panel);
+
+    /// Sets the number of columns that headerData() and data() answer for.
+    void setColumns(int n);
+
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    bool canFetchMore(const QModelIndex& parent) const override;
+    void fetchMore(const QModelIndex& parent) override;
+    void sort(int column, Qt::SortOrder order) override;
+
+    /// Counts the loaded entries of a folder; no disk access, no recursion.
+    /// @param path the folder
+    /// @param dirs becomes the number of folders, ".." not counted
+    /// @param files becomes the number of everything else
+    /// @param bytes becomes the sum of all sizes; the file system's size of a folder entry is added on
+    /// purpose
+    void getFolderStats(QString path, qint64& dirs, qint64& files, qint64& bytes);
+
+    /// Reads all loaded folders again, for changes that the system did not announce.
+    void refresh();
+
+signals:
+    /// Entries of a loaded folder are gone from disk; their rows go after this.
+    void entriesGone(const QString& folder, const QStringList& names);
+    /// The root folder itself is gone. Whoever replaces the model for it must not do so directly.
+    void rootGone(const QString& folder);
+    /// So many rows are to go that a new model is cheaper than this one. Nothing is removed if somebody is
+    /// connected.
+    void reloadWanted();
+
+private slots:
+    void takeReading(const FolderReading& reading);
+    void feed();
+
+private:
+    bool isLoadable(const QString& folder) const;
+    bool isOutsideRoot(const QModelIndex& index) const;
+    QVariant displayText(const QModelIndex& index) const;
+    QString ownerText(const QModelIndex& index) const;
+    QIcon icon(const QModelIndex& index) const;
+    void dropFolder(const QString& folder);
+    bool removeRows(const FolderReading& reading);
+    void feedSlice(const FolderReading& reading, int count);
+    void endFeed();
+    void sortNow();
+
+    MPanel* panel;
+    int columns = 0;
+
+    LoadingIconProvider m_provider;
+    FolderReader* m_reader; ///< child of this
+    QList<FolderReading> m_feeds; ///< readings that wait for their turn, the first one under way
+    int m_fed = 0; ///< entries of the first feed that the base class has
+    int m_slice = 0; ///< entries to hand over at once
+    QTimer m_feedTimer;
+    int m_sortColumn = 0;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
+    bool m_needsSort = false; ///< rows have come that are not in their place
+    mutable QHash<uint, QString> m_owners; ///< user names by user id, for the life of the model
+};

@@ -1,0 +1,199 @@
+// Loading of folders: readings come from the FolderReader and go to the base class in slices.
+
+#include "panel/myFileSystemModel.h"
+
+#include <QElapsedTimer>
+#include <QMetaMethod>
+#include <QSet>
+
+namespace {
+
+/// Entries of the first slice: more than a screenful, few enough to be painted at once.
+constexpr int firstSlice = 256;
+/// Entries of the first slice of changes, each of which costs a search through the rows.
+constexpr int firstSliceOfChanges = 16;
+constexpr int largestSlice = 16384;
+
+/// A slice that takes longer than this is followed by smaller ones, one that takes less than half by larger
+/// ones.
+constexpr qint64 sliceMs = 16;
+
+/// Removing rows one by one costs a search through all rows each. Beyond this product of rows to go and rows
+/// there are (about a tenth of a second) a new model is cheaper.
+constexpr qint64 costlyRemovals = 10'000'000;
+
+/// The base class's own ways in, which its gatherer calls: facts of new or changed entries, and the list of
+/// all names.
+struct BaseSlots
+{
+    QMetaMethod changed;
+    QMetaMethod listed;
+
+    BaseSlots()
+    {
+        const QMetaObject& meta = QFileSystemModel::staticMetaObject;
+        changed = meta.method(
+            meta.indexOfSlot("_q_fileSystemChanged(QString,QVector<QPair<QString,QFileInfo> >)"));
+        listed = meta.method(meta.indexOfSlot("_q_directoryChanged(QString,QStringList)"));
+    }
+};
+
+const BaseSlots& baseSlots()
+{
+    static const BaseSlots methods;
+    return methods;
+}
+
+} // namespace
+
+bool myFileSystemModel::isLoadable(const QString& folder) const
+{
+    const QString root = rootPath();
+    return folder == root || root == QLatin1String("/") || folder.startsWith(root + QLatin1Char('/'));
+}
+
+bool myFileSystemModel::canFetchMore(const QModelIndex& parent) const
+{
+    if (!parent.isValid() || parent.column() > 0 || !isDir(parent)) {
+        return false;
+    }
+    const QString folder = filePath(parent);
+    return isLoadable(folder) && !m_reader->knows(folder);
+}
+
+void myFileSystemModel::fetchMore(const QModelIndex& parent)
+{
+    if (canFetchMore(parent)) {
+        m_reader->setFoldersOnly(!filter().testFlag(QDir::Files));
+        m_reader->read(filePath(parent));
+    }
+}
+
+void myFileSystemModel::takeReading(const FolderReading& reading)
+{
+    if (!reading.exists) {
+        dropFolder(reading.folder);
+        return;
+    }
+    m_feeds.append(reading);
+    if (!m_feedTimer.isActive()) {
+        m_slice = 0;
+        m_feedTimer.start();
+    }
+}
+
+void myFileSystemModel::dropFolder(const QString& folder)
+{
+    const bool isRoot = folder == rootPath();
+    m_reader->forget(folder);
+    m_feeds.clear();
+    m_fed = 0;
+    baseSlots().listed.invoke(
+        this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
+    emit directoryLoaded(folder);
+    if (isRoot) {
+        emit rootGone(folder);
+    }
+}
+
+bool myFileSystemModel::removeRows(const FolderReading& reading)
+{
+    const QModelIndex parent = index(reading.folder);
+    const int rows = rowCount(parent);
+    if (qint64(rows) * reading.removed.size() > costlyRemovals
+        && isSignalConnected(QMetaMethod::fromSignal(&myFileSystemModel::reloadWanted))) {
+        emit reloadWanted();
+        return false;
+    }
+    emit entriesGone(reading.folder, reading.removed);
+    const QSet<QString> removed(reading.removed.begin(), reading.removed.end());
+    QStringList left;
+    for (int row = 0; row < rowCount(parent); ++row) {
+        const QString name = fileName(index(row, 0, parent));
+        if (!removed.contains(name)) {
+            left.append(name);
+        }
+    }
+    baseSlots().listed.invoke(
+        this, Qt::DirectConnection, Q_ARG(QString, reading.folder), Q_ARG(QStringList, left));
+    for (const QString& name : reading.removed) {
+        m_reader->forget(reading.folder + QLatin1Char('/') + name);
+    }
+    return true;
+}
+
+void myFileSystemModel::feed()
+{
+    if (m_feeds.isEmpty()) {
+        m_feedTimer.stop();
+        return;
+    }
+    const FolderReading& reading = m_feeds.constFirst();
+    if (!index(reading.folder).isValid()) {
+        m_feeds.removeFirst(); // gone since it was read; the base class would take the entries for the top's
+        m_fed = 0;
+        return;
+    }
+    QElapsedTimer clock;
+    clock.start();
+    if (m_fed == 0) {
+        m_slice = reading.first ? firstSlice : firstSliceOfChanges;
+        m_provider.nextRound();
+        if (!reading.removed.isEmpty() && !removeRows(reading)) {
+            m_feeds.clear();
+            return;
+        }
+    }
+    feedSlice(reading, qMin(m_slice, reading.changed.size() - m_fed));
+    if (m_fed >= reading.changed.size()) {
+        endFeed();
+    } else if (clock.elapsed() > sliceMs) {
+        m_slice = qMax(1, m_slice / 2);
+    } else if (clock.elapsed() < sliceMs / 2) {
+        m_slice = qMin(largestSlice, m_slice * 2);
+    }
+}
+
+void myFileSystemModel::feedSlice(const FolderReading& reading, int count)
+{
+    if (count <= 0) {
+        return;
+    }
+    const QModelIndex parent = index(reading.folder);
+    const int rows = rowCount(parent);
+    const bool inOrder
+        = reading.first && m_sortColumn == 0 && m_sortOrder == Qt::AscendingOrder && rows == m_fed;
+    FolderEntries slice = reading.changed.mid(m_fed, count);
+    m_fed += count;
+    baseSlots().changed.invoke(this, Qt::DirectConnection, Q_ARG(QString, reading.folder),
+        QGenericArgument("QVector<QPair<QString,QFileInfo> >", &slice));
+    const bool grown = rowCount(parent) != rows;
+    m_needsSort = m_needsSort || (grown && !inOrder) || (!grown && m_sortColumn != 0);
+}
+
+void myFileSystemModel::endFeed()
+{
+    const QString folder = m_feeds.takeFirst().folder;
+    m_fed = 0;
+    if (m_needsSort) {
+        sortNow();
+    }
+    emit directoryLoaded(folder);
+}
+
+void myFileSystemModel::sortNow()
+{
+    m_needsSort = false;
+    QFileSystemModel::sort(m_sortColumn, m_sortOrder);
+}
+
+void myFileSystemModel::sort(int column, Qt::SortOrder order)
+{
+    if (column != m_sortColumn || order != m_sortOrder) {
+        m_sortColumn = column;
+        m_sortOrder = order;
+        sortNow();
+    }
+    // Otherwise this is the base class, which asks for a sort after every insertion. The rows are either in
+    // their place already or are sorted once, when all are there.
+}
