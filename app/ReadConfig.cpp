@@ -1,12 +1,12 @@
 #include "app/ReadConfig.h"
 
+#include "app/MessageBoxes.h"
 #include "app/TextHelpers.h"
 #include "app/aGlobal.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QStringBuilder>
 #include <QTextStream>
 
@@ -143,8 +143,7 @@ void ReadConfig(QString path)
     QFile file(path);
     // A pipe or a device would be waited for, or never end, so only a file (or a link to one) is opened.
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        QMessageBox::critical(
-            nullptr, QStringLiteral("Error"), QStringLiteral("Failed to open .Vantrel"), QMessageBox::Ok);
+        criticalBox(nullptr, QStringLiteral("Error"), QStringLiteral("Failed to open .Vantrel"));
         return;
     }
     // The drives are not emptied: they are only ever filled once, at start-up.

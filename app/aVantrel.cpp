@@ -1,0 +1,94 @@
+#include "app/aVantrel.h"
+
+#include "app/aGlobal.h"
+#include "panel/MPanel.h"
+#include "ui_aVantrel.h"
+
+#include <QMessageBox>
+
+namespace {
+
+/// @return a shown panel owned by @p window, at a place that holds until the window is first resized
+MPanel* makePanel(aVantrel* window, int x)
+{
+    auto* panel = new MPanel(window);
+    panel->show();
+    panel->setGeometry(x, 100, 500, 500);
+    panel->setFrameShadow(QFrame::Sunken);
+    panel->setFrameShape(QFrame::Panel);
+    return panel;
+}
+
+} // namespace
+
+aVantrel::aVantrel(QWidget* parent)
+    : QMainWindow(parent)
+    , ui(std::make_unique<Ui::aVantrel>())
+{
+    ui->setupUi(this);
+    gwMainframe = this;
+    setWindowTitle(gsProduct);
+    // The second panel comes first. That is wanted: while it is built there is no gwPanel1 yet.
+    gwPanel2 = makePanel(this, 700);
+    gwPanel1 = makePanel(this, 100);
+    showMaximized();
+}
+
+aVantrel::~aVantrel() = default;
+
+void aVantrel::resizeEvent(QResizeEvent* /*event*/)
+{
+    const int top = ui->menuBar->height();
+    const int below = height() - top;
+    switch (giWindowArrange) {
+    case ArrangeSideBySide:
+        // An odd width leaves its last column uncovered, as an odd height does its last row below. Both
+        // wanted.
+        gwPanel1->setGeometry(0, top, width() / 2, below);
+        gwPanel2->setGeometry(width() / 2, top, width() / 2, below);
+        break;
+    case ArrangeSinglePanel:
+        gwPanel1->setGeometry(0, top, width(), below);
+        // Not hidden, only without area: it keeps its state until the arrangement changes.
+        gwPanel2->setGeometry(0, 0, 0, 0);
+        break;
+    case ArrangeStacked:
+        gwPanel1->setGeometry(0, top, width(), below / 2);
+        gwPanel2->setGeometry(0, top + below / 2, width(), below / 2);
+        break;
+    default:
+        break;
+    }
+}
+
+void aVantrel::arrange(int arrangement)
+{
+    giWindowArrange = arrangement;
+    resizeEvent(nullptr);
+}
+
+void aVantrel::on_actionExit_triggered()
+{
+    close();
+}
+
+void aVantrel::on_actionTile_Vertically_triggered()
+{
+    arrange(ArrangeSideBySide);
+}
+
+void aVantrel::on_actionSingle_Panel_triggered()
+{
+    arrange(ArrangeSinglePanel);
+}
+
+void aVantrel::on_actionTile_Horizontally_triggered()
+{
+    arrange(ArrangeStacked);
+}
+
+void aVantrel::on_actionAbout_triggered()
+{
+    QMessageBox::about(this, QStringLiteral("About Vantrel"),
+        QLatin1Char('\n') + gsProduct + QLatin1Char(' ') + gsVersion + QStringLiteral("\n\n") + gsCopywrite);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include <memory>
+
+namespace Ui {
+class aVantrel;
+}
+
+/// The main window: a menu bar and the two panels, which it places by hand below the menu bar in the
+/// arrangement that giWindowArrange names. Made once, on the GUI thread, after the settings were read. It
+/// registers itself and its panels in gwMainframe, gwPanel1 and gwPanel2; the panels are its children, and
+/// none of the three pointers is cleared when the window goes.
+class aVantrel : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Builds the window with both panels and shows it maximized.
+    explicit aVantrel(QWidget* parent = nullptr);
+    ~aVantrel() override;
+
+protected:
+    /// Places the panels for giWindowArrange; a value that is no arrangement leaves them where they are.
+    /// @param event not looked at; the menu slots hand over null
+    void resizeEvent(QResizeEvent* event) override;
+
+private slots:
+    void on_actionExit_triggered();
+    void on_actionTile_Vertically_triggered();
+    void on_actionSingle_Panel_triggered();
+    void on_actionTile_Horizontally_triggered();
+    void on_actionAbout_triggered();
+
+private:
+    void arrange(int arrangement);
+
+    std::unique_ptr<Ui::aVantrel> ui;
+};

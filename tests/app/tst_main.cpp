@@ -1,0 +1,385 @@
+// The program's entry point itself, under a name of its own, so that each test can run it as a whole.
+#define main vantrelMain
+#include "app/main.cpp"
+#undef main
+
+#include "panel/MPanel.h"
+#include "tests/support/BoxAnswers.h"
+#include "tests/support/TestDir.h"
+#include "tests/support/TestMain.h"
+
+#include <QAction>
+#include <QElapsedTimer>
+#include <QPixmap>
+#include <QTimer>
+#include <QWindow>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+namespace {
+
+/// What the running test wants to be done: while the application object is made, and in its event loop.
+std::function<void()> whileMade;
+std::function<void()> inLoop;
+
+void atStart()
+{
+    if (whileMade) {
+        whileMade();
+    }
+    if (inLoop) {
+        QTimer::singleShot(0, qApp, [] { inLoop(); });
+    }
+    // Ends a run that hangs, with a code that no test expects.
+    QTimer::singleShot(30000, qApp, [] { QCoreApplication::exit(99); });
+}
+
+/// Looks once the main window is there: a box before it has an event loop of its own.
+void lookOnce(const std::function<void()>& look)
+{
+    if (gwMainframe == nullptr) {
+        QTimer::singleShot(1, qApp, [look] { lookOnce(look); });
+        return;
+    }
+    look();
+    gwMainframe->close();
+}
+
+/// Runs the program with @p home as home folder, until its main window was looked at by @p look and closed.
+int run(const TestDir& home, const std::function<void()>& look, const QList<QByteArray>& options = {})
+{
+    qputenv("HOME", home.path().toLocal8Bit());
+    inLoop = [look] { lookOnce(look); };
+    QList<QByteArray> texts = QList<QByteArray>{"vantrel"} + options;
+    std::vector<char*> arguments;
+    for (QByteArray& text : texts) {
+        arguments.push_back(text.data());
+    }
+    arguments.push_back(nullptr);
+    return vantrelMain(texts.size(), arguments.data());
+}
+
+const QString settings = QStringLiteral(".Vantrel");
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(atStart)
+
+class TestMainFunction : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void runsUntilTheWindowIsClosed();
+    void returnsTheExitCode();
+    void missingSettingsAreToldBeforeTheWindow();
+    void sharpScreens();
+    void timeZone_data();
+    void timeZone();
+    void openGl_data();
+    void openGl();
+    void styleSheet();
+    void brokenStyleSheet();
+    void icon_data();
+    void icon();
+    void arrangement_data();
+    void arrangement();
+    void titleIsTheProductAlone();
+    void argumentsAreNotRead();
+    void writesNothing();
+    void hugeSettings_data();
+    void hugeSettings();
+};
+
+void TestMainFunction::init()
+{
+    whileMade = nullptr;
+    inLoop = nullptr;
+    gsAppStyleSheet.clear();
+    gsAppIcon.clear();
+    gmFileAssn.clear();
+    gstMenu.clear();
+    gstDrives.clear();
+    gsNoRecurse.clear();
+    giWindowArrange = ArrangeSideBySide;
+    gwMainframe = nullptr;
+    gwPanel1 = nullptr;
+    gwPanel2 = nullptr;
+}
+
+void TestMainFunction::runsUntilTheWindowIsClosed()
+{
+    const TestDir home;
+    home.file(settings);
+    bool visible = false;
+    QCOMPARE(run(home, [&] { visible = gwMainframe->isVisible() && gwMainframe->isMaximized(); }), 0);
+    QVERIFY(visible);
+}
+
+void TestMainFunction::returnsTheExitCode()
+{
+    const TestDir home;
+    home.file(settings);
+    QCOMPARE(run(home, [] { QCoreApplication::exit(7); }), 7);
+}
+
+void TestMainFunction::missingSettingsAreToldBeforeTheWindow()
+{
+    const TestDir home;
+    bool noWindowYet = false;
+    bool visible = false;
+    bool halves = false;
+    QVector<BoxAnswers::Box> seen;
+    std::unique_ptr<BoxAnswers> boxes;
+    whileMade = [&] {
+        boxes = std::make_unique<BoxAnswers>();
+        boxes->meanwhile([&] { noWindowYet = gwMainframe == nullptr; }).click(QStringLiteral("OK"));
+    };
+    const auto look = [&] {
+        visible = gwMainframe->isVisible();
+        halves = gwPanel2->x() == gwMainframe->width() / 2 && gwPanel2->width() == gwPanel1->width();
+        seen = boxes->seen();
+        boxes.reset();
+    };
+    QCOMPARE(run(home, look), 0);
+    QCOMPARE(seen.size(), 1);
+    QCOMPARE(seen.first().title, QStringLiteral("Error"));
+    QCOMPARE(seen.first().text, QStringLiteral("Failed to open .Vantrel"));
+    QVERIFY(noWindowYet);
+    QVERIFY(visible);
+    QVERIFY(halves);
+}
+
+void TestMainFunction::sharpScreens()
+{
+    const TestDir home;
+    home.file(settings);
+    bool before = false;
+    whileMade = [&] {
+        before = QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling)
+            && QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps);
+    };
+    QCOMPARE(run(home, [] {}), 0);
+    QVERIFY(before);
+}
+
+void TestMainFunction::timeZone_data()
+{
+    QTest::addColumn<QByteArray>("given"); // null: not set
+    QTest::addColumn<QByteArray>("used");
+    QTest::newRow("not set") << QByteArray() << QByteArray(":/etc/localtime");
+    QTest::newRow("the user's") << QByteArray("Europe/Zurich") << QByteArray("Europe/Zurich");
+    QTest::newRow("the user's empty one") << QByteArray("") << QByteArray("");
+}
+
+void TestMainFunction::timeZone()
+{
+    QFETCH(QByteArray, given);
+    const TestDir home;
+    home.file(settings);
+    if (given.isNull()) {
+        qunsetenv("TZ");
+    } else {
+        qputenv("TZ", given);
+    }
+    QByteArray before;
+    QByteArray inside;
+    whileMade = [&] { before = qgetenv("TZ"); };
+    const int code = run(home, [&] { inside = qgetenv("TZ"); });
+    qputenv("TZ", "UTC");
+    QCOMPARE(code, 0);
+    QTEST(before, "used");
+    QTEST(inside, "used");
+}
+
+void TestMainFunction::openGl_data()
+{
+    QTest::addColumn<QByteArray>("given"); // null: not set
+    QTest::addColumn<QByteArray>("used");
+    QTest::newRow("not set") << QByteArray() << QByteArray("none");
+    QTest::newRow("the user's") << QByteArray("xcb_egl") << QByteArray("xcb_egl");
+}
+
+void TestMainFunction::openGl()
+{
+    QFETCH(QByteArray, given);
+    const TestDir home;
+    home.file(settings);
+    const char* const variable = "QT_XCB_GL_INTEGRATION";
+    qunsetenv(variable);
+    if (!given.isNull()) {
+        qputenv(variable, given);
+    }
+    QByteArray before;
+    QByteArray inside;
+    whileMade = [&] { before = qgetenv(variable); };
+    const int code = run(home, [&] { inside = qgetenv(variable); });
+    qunsetenv(variable);
+    QCOMPARE(code, 0);
+    QTEST(before, "used");
+    QCOMPARE(inside, given);
+}
+
+void TestMainFunction::styleSheet()
+{
+    const TestDir home;
+    home.file(settings, "style=QMenuBar { color: #010203; }\nstyle=QLabel { color: red; }\n");
+    QString sheet;
+    QColor color;
+    QCOMPARE(run(home,
+                 [&] {
+                     sheet = qApp->styleSheet();
+                     color = gwMainframe->menuWidget()->palette().color(QPalette::WindowText);
+                 }),
+        0);
+    QCOMPARE(sheet, QStringLiteral("QMenuBar { color: #010203; } QLabel { color: red; } "));
+    QCOMPARE(color, QColor(1, 2, 3));
+}
+
+void TestMainFunction::brokenStyleSheet()
+{
+    const TestDir home;
+    home.file(settings, "style=QLabel { { ; } ]]\nwindow=1\n");
+    bool visible = false;
+    QTest::ignoreMessage(QtWarningMsg, "Could not parse application stylesheet");
+    QCOMPARE(run(home, [&] { visible = gwMainframe->isVisible(); }), 0);
+    QVERIFY(visible);
+    QCOMPARE(giWindowArrange, 1);
+}
+
+void TestMainFunction::icon_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("picture") << QStringLiteral("icon.png") << true;
+    QTest::newRow("missing") << QStringLiteral("missing.png") << false;
+    QTest::newRow("not a picture") << settings << false;
+    QTest::newRow("folder") << QStringLiteral(".") << false;
+    QTest::newRow("pipe") << QStringLiteral("pipe.png") << false;
+}
+
+void TestMainFunction::icon()
+{
+    QFETCH(QString, name);
+    const TestDir home;
+    QImage picture(16, 16, QImage::Format_RGB32);
+    picture.fill(Qt::green);
+    QVERIFY(picture.save(home.path(QStringLiteral("icon.png"))));
+    home.fifo(QStringLiteral("pipe.png"));
+    home.file(settings, "icon=" + home.path(name).toUtf8() + '\n');
+    bool shown = false;
+    QRgb pixel = 0;
+    QCOMPARE(run(home,
+                 [&] {
+                     const QImage image = gwMainframe->windowIcon().pixmap(16).toImage();
+                     shown = !image.isNull();
+                     pixel = shown ? image.pixel(8, 8) : 0;
+                 }),
+        0);
+    QTEST(shown, "shown");
+    if (shown) {
+        QCOMPARE(QColor(pixel), QColor(Qt::green));
+    }
+}
+
+void TestMainFunction::arrangement_data()
+{
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<QString>("places");
+    QTest::newRow("0") << QByteArray("window=0") << QStringLiteral("halves");
+    QTest::newRow("1") << QByteArray("window=1") << QStringLiteral("one");
+    QTest::newRow("2") << QByteArray("window=2") << QStringLiteral("stacked");
+    QTest::newRow("7") << QByteArray("window=7") << QStringLiteral("first places");
+    QTest::newRow("two") << QByteArray("window=two") << QStringLiteral("halves");
+    QTest::newRow("none") << QByteArray() << QStringLiteral("halves");
+}
+
+void TestMainFunction::arrangement()
+{
+    QFETCH(QByteArray, line);
+    const TestDir home;
+    home.file(settings, line);
+    QString places;
+    const auto look = [&] {
+        const QRect first = gwPanel1->geometry();
+        const QRect second = gwPanel2->geometry();
+        if (first == QRect(100, 100, 500, 500) && second == QRect(700, 100, 500, 500)) {
+            places = QStringLiteral("first places");
+        } else if (second.isEmpty() && first.width() == gwMainframe->width()) {
+            places = QStringLiteral("one");
+        } else if (second.y() == first.y() && second.x() == gwMainframe->width() / 2) {
+            places = QStringLiteral("halves");
+        } else if (second.x() == first.x() && second.y() == first.y() + first.height()) {
+            places = QStringLiteral("stacked");
+        }
+    };
+    QCOMPARE(run(home, look), 0);
+    QTEST(places, "places");
+}
+
+void TestMainFunction::titleIsTheProductAlone()
+{
+    const TestDir home;
+    home.file(settings);
+    QString title;
+    QCOMPARE(run(home, [&] { title = gwMainframe->windowHandle()->title(); }), 0);
+    QCOMPARE(title, QStringLiteral("Vantrel"));
+}
+
+void TestMainFunction::argumentsAreNotRead()
+{
+    const TestDir home;
+    home.file(settings);
+    QCOMPARE(run(home, [] {}, {"--help", "/no/such/file"}), 0);
+}
+
+void TestMainFunction::writesNothing()
+{
+    const TestDir home;
+    const QByteArray content("style=QLabel {}\nwindow=1\ndrive=~=Home\nmenu=copy=*=Copy\n");
+    home.file(settings, content);
+    QCOMPARE(
+        run(home,
+            [] { gwMainframe->findChild<QAction*>(QStringLiteral("actionTile_Vertically"))->trigger(); }),
+        0);
+    QCOMPARE(home.read(settings), content);
+    QStringList left = home.tree();
+    // Font lists are remembered by the platform, not by the program.
+    left.erase(std::remove_if(left.begin(), left.end(),
+                   [](const QString& path) { return path.startsWith(QLatin1String(".cache/")); }),
+        left.end());
+    QCOMPARE(left, QStringList{settings});
+}
+
+void TestMainFunction::hugeSettings_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("comments") << QByteArray("# a comment line of usual length\n").repeated(1000000);
+    QTest::newRow("menu entries") << QByteArray("menu=copy=*=Copy\n").repeated(1000000);
+    QTest::newRow("one line") << QByteArray(10000000, 'x');
+    QTest::newRow("NULs") << QByteArray(10000000, '\0');
+}
+
+void TestMainFunction::hugeSettings()
+{
+    QFETCH(QByteArray, content);
+    const TestDir home;
+    home.file(settings, content);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(run(home, [] {}), 0);
+    // Generous: what grows with the square of the size takes minutes.
+    QVERIFY2(timer.elapsed() < 8000, qPrintable(QString::number(timer.elapsed())));
+}
+
+int main(int argc, char** argv)
+{
+    prepareTestProcess();
+    TestMainFunction test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_main.moc"
