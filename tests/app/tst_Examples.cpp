@@ -1,0 +1,272 @@
+#include "app/ReadConfig.h"
+#include "app/aGlobal.h"
+#include "tests/support/TestMain.h"
+
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <cmath>
+
+/// The settings files of examples/, read as the program reads them.
+class TestExamples : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void isPlainAscii_data() { files(); }
+    void isPlainAscii();
+    void everyKeyIsKnown_data() { files(); }
+    void everyKeyIsKnown();
+    void menuIsComplete_data() { files(); }
+    void menuIsComplete();
+    void menuLosesNothing_data() { files(); }
+    void menuLosesNothing();
+    void drivesExist_data() { files(); }
+    void drivesExist();
+    void noRecurseLeavesOutSystemFolders_data() { files(); }
+    void noRecurseLeavesOutSystemFolders();
+    void associationsHaveCommands_data() { files(); }
+    void associationsHaveCommands();
+    void styleSheetParses_data() { files(); }
+    void styleSheetParses();
+    void textsCanBeRead_data() { files(); }
+    void textsCanBeRead();
+    void darkStyleCovers_data();
+    void darkStyleCovers();
+
+private:
+    static void files();
+    static QString path(const QString& name);
+    static QList<QByteArray> settingLines(const QString& name);
+};
+
+namespace {
+
+QStringList warnings;
+
+void collectWarnings(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg) {
+        warnings += text;
+    }
+}
+
+/// Relative luminance of a colour, from 0 for black to 1 for white.
+double luminance(const QColor& color)
+{
+    const auto linear = [](double channel) {
+        return channel <= 0.03928 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+/// Contrast of two colours, from 1 to 21.
+double contrast(const QColor& one, const QColor& other)
+{
+    const double a = luminance(one);
+    const double b = luminance(other);
+    return (qMax(a, b) + 0.05) / (qMin(a, b) + 0.05);
+}
+
+/// The colour that a property of a style rule sets; an invalid one where it sets none.
+QColor colorOf(const QString& declarations, const QString& property)
+{
+    const QRegularExpression pattern(QStringLiteral("(?:^|[;{\\s])%1:\\s*(#[0-9a-f]{6})").arg(property));
+    return QColor(pattern.match(declarations).captured(1));
+}
+
+} // namespace
+
+void TestExamples::files()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("starter") << QStringLiteral("Vantrel.starter");
+    QTest::newRow("dark") << QStringLiteral("Vantrel.dark");
+}
+
+QString TestExamples::path(const QString& name)
+{
+    return QFINDTESTDATA(QStringLiteral("../../examples/") + name);
+}
+
+QList<QByteArray> TestExamples::settingLines(const QString& name)
+{
+    QFile file(path(name));
+    QList<QByteArray> lines;
+    if (file.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            if (!line.trimmed().isEmpty() && !line.trimmed().startsWith('#')) {
+                lines += line.trimmed();
+            }
+        }
+    }
+    return lines;
+}
+
+void TestExamples::init()
+{
+    gstDrives.clear();
+    gsNoRecurse.clear();
+    if (QTest::currentDataTag() != nullptr) {
+        QFETCH(QString, name);
+        ReadConfig(path(name));
+    }
+}
+
+// The file is read in the locale's encoding; plain ASCII is the same in all.
+void TestExamples::isPlainAscii()
+{
+    QFETCH(QString, name);
+    const QList<QByteArray> lines = settingLines(name);
+    QVERIFY(!lines.isEmpty());
+    for (const QByteArray& line : lines) {
+        for (const char c : line) {
+            QVERIFY2(c >= ' ' && c <= '~', line.constData());
+        }
+    }
+}
+
+void TestExamples::everyKeyIsKnown()
+{
+    QFETCH(QString, name);
+    const QList<QByteArray> known{"style", "icon", "drive", "window", "norecurse", "assn", "menu"};
+    for (const QByteArray& line : settingLines(name)) {
+        QVERIFY2(known.contains(line.left(line.indexOf('='))), line.constData());
+    }
+}
+
+void TestExamples::menuIsComplete()
+{
+    QFETCH(QString, name);
+    QVector<int> wanted{CommandProperties, CommandTotalSize, CommandChecksum, CommandNewDir, CommandRename,
+        CommandCopy, CommandDelete, CommandSendTo, CommandClipboard, CommandTerminal};
+    if (name == QLatin1String("Vantrel.starter")) {
+        wanted << CommandCompare << CommandExecute << CommandTerminalEx;
+    }
+    for (const LSMENU& entry : qAsConst(gstMenu)) {
+        QVERIFY2(entry.code != CommandUnknown, qPrintable(entry.label));
+        wanted.removeAll(entry.code);
+        if (entry.code != CommandSeparator) {
+            QVERIFY(!entry.label.isEmpty());
+            QVERIFY2(entry.types.contains(QLatin1String("|.|")) || entry.types.contains(QLatin1String("|*|"))
+                    || entry.types.contains(QLatin1String("|tar|")),
+                qPrintable(entry.label));
+        }
+    }
+    QCOMPARE(wanted, QVector<int>());
+}
+
+// A command ends at a further "=", so a line with one would be cut short.
+void TestExamples::menuLosesNothing()
+{
+    QFETCH(QString, name);
+    for (const QByteArray& line : settingLines(name)) {
+        if (line.startsWith("menu=")) {
+            QVERIFY2(line.count('=') == 4 || line == "menu=separator", line.constData());
+        }
+    }
+    const QVector<int> launching{CommandSendTo, CommandCompare, CommandTerminal, CommandTerminalEx};
+    for (const LSMENU& entry : qAsConst(gstMenu)) {
+        QCOMPARE(!entry.command.isEmpty(), launching.contains(entry.code));
+    }
+}
+
+void TestExamples::drivesExist()
+{
+    QVERIFY(gstDrives.size() >= 2);
+    QCOMPARE(gstDrives.first().path, QDir::homePath());
+    QCOMPARE(gstDrives.at(1).path, QStringLiteral("/"));
+    for (const LSDRIVE& drive : qAsConst(gstDrives)) {
+        QVERIFY2(QFileInfo(drive.path).isDir(), qPrintable(drive.path));
+        QVERIFY(!drive.label.isEmpty());
+    }
+}
+
+void TestExamples::noRecurseLeavesOutSystemFolders()
+{
+    // An empty expression would match everything.
+    QVERIFY(!gsNoRecurse.isEmpty());
+    const QRegularExpression pattern(gsNoRecurse, QRegularExpression::CaseInsensitiveOption);
+    QVERIFY2(pattern.isValid(), qPrintable(pattern.errorString()));
+    for (const char* folder : {"/proc", "/proc/1", "/sys/class", "/dev", "/run/user/0"}) {
+        QVERIFY2(pattern.match(QLatin1String(folder)).hasMatch(), folder);
+    }
+    for (const char* folder : {"/", "/home", "/home/dev", "/home/me/proc", "/devel", "/runs", "/usr"}) {
+        QVERIFY2(!pattern.match(QLatin1String(folder)).hasMatch(), folder);
+    }
+}
+
+void TestExamples::associationsHaveCommands()
+{
+    for (const char* suffix : {"", "txt", "png", "pdf", "odt", "mp3", "mp4", "zip", "html"}) {
+        QCOMPARE(gmFileAssn.value(QLatin1String(suffix)), QStringLiteral("xdg-open"));
+    }
+    QVERIFY(!gmFileAssn.values().contains(QString()));
+}
+
+void TestExamples::styleSheetParses()
+{
+    warnings.clear();
+    const QtMessageHandler before = qInstallMessageHandler(collectWarnings);
+    qApp->setStyleSheet(gsAppStyleSheet);
+    QWidget().ensurePolished();
+    qApp->setStyleSheet(QString());
+    qInstallMessageHandler(before);
+    QCOMPARE(warnings, QStringList());
+    QVERIFY(gsAppStyleSheet.count(QLatin1Char('{')) > 20);
+    QCOMPARE(gsAppStyleSheet.count(QLatin1Char('{')), gsAppStyleSheet.count(QLatin1Char('}')));
+}
+
+// 4.5 is the least contrast for ordinary text; a disabled one is held to 3.
+void TestExamples::textsCanBeRead()
+{
+    static const QRegularExpression rule(QStringLiteral("([^{}]+)\\{([^{}]*)\\}"));
+    int compared = 0;
+    auto matches = rule.globalMatch(gsAppStyleSheet);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        const QString selector = match.captured(1).trimmed();
+        const QString body = match.captured(2);
+        const double least = selector.contains(QLatin1String(":disabled")) ? 3.0 : 4.5;
+        const auto readable = [&](const QString& text, const QString& ground) {
+            const QColor front = colorOf(body, text);
+            const QColor back = colorOf(body, ground);
+            if (!front.isValid() || !back.isValid()) {
+                return true;
+            }
+            ++compared;
+            return contrast(front, back) >= least;
+        };
+        QVERIFY2(readable(QStringLiteral("color"), QStringLiteral("background")), qPrintable(selector));
+        QVERIFY2(readable(QStringLiteral("color"), QStringLiteral("alternate-background-color")),
+            qPrintable(selector));
+        QVERIFY2(readable(QStringLiteral("selection-color"), QStringLiteral("selection-background-color")),
+            qPrintable(selector));
+    }
+    QVERIFY(compared >= 15);
+}
+
+void TestExamples::darkStyleCovers_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("selector");
+    for (const char* selector : {"QWidget:disabled", "QMenu::item:disabled", "QMenu::item:selected",
+             "selection-background-color", "QTableView::item:selected", "QHeaderView::section",
+             "QScrollBar::handle", "QToolTip", "QMenuBar::item:selected", "QMenu", "QMessageBox", "QLineEdit",
+             "QLineEdit#ReadOnly", "QProgressBar::chunk", "QPushButton:focus", "QPushButton#NavBar:focus",
+             "QTableView:focus", "QLabel#StatusBar", "QPushButton#DriveBar"}) {
+        QTest::newRow(selector) << QStringLiteral("Vantrel.dark") << QString::fromLatin1(selector);
+    }
+}
+
+void TestExamples::darkStyleCovers()
+{
+    QFETCH(QString, selector);
+    QVERIFY(gsAppStyleSheet.contains(selector));
+}
+
+VANTREL_TEST_MAIN(TestExamples)
+#include "tst_Examples.moc"
