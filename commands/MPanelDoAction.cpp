@@ -3,9 +3,25 @@
 #include "panel/MPanel.h"
 
 #include "app/aGlobal.h"
+#include "commands/DialogNewDir.h"
+#include "commands/Rename.h"
+#include "info/MProperties.h"
+#include "panel/MList.h"
+#include "panel/MTree.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
+
+namespace {
+
+template <typename Dialog>
+void runDialog(MPanel* panel, const QString& path)
+{
+    Dialog dialog(panel, path);
+    dialog.exec();
+}
+
+} // namespace
 
 void MPanel::gotDrop(Qt::DropAction action, const QString& target)
 {
@@ -20,6 +36,28 @@ void MPanel::gotDrop(Qt::DropAction action, const QString& target)
 void MPanel::DoAction(int code, const QString& path, const QString& command)
 {
     switch (code) {
+    case CommandProperties:
+        runDialog<MProperties>(this, path);
+        break;
+    case CommandNewDir:
+        runDialog<DialogNewDir>(this, currentPath);
+        break;
+    case CommandRename:
+        runDialog<Rename>(this, path);
+        break;
+    case CommandCopy:
+        copySelected(path);
+        break;
+    case CommandDelete:
+        deleteSelected();
+        break;
+    case CommandClipboard:
+        copyPathsToClipboard();
+        break;
+    case CommandDropCopy:
+    case CommandDropMove:
+        dropPending(code);
+        break;
     case CommandSendTo:
     case CommandTerminalEx:
         Launcher(command, path, QString(), currentPath);
@@ -36,4 +74,14 @@ void MPanel::DoAction(int code, const QString& path, const QString& command)
     default:
         break;
     }
+}
+
+void MPanel::copyPathsToClipboard()
+{
+    getSelection();
+    QString text;
+    for (const QString& path : qAsConst(selectedPaths)) {
+        text += path + QLatin1Char('\n');
+    }
+    QGuiApplication::clipboard()->setText(text, QClipboard::Clipboard);
 }

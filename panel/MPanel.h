@@ -126,4 +126,17 @@ private:
     void openFile(const QString& path, const QString& name);
     QString associatedCommand(const QString& name);
     void showFreeSpace();
+
+    /// What the copy command takes from the listing.
+    struct CopySource
+    {
+        QStringList paths;
+        QString name; ///< display name of the last one
+        bool hasFolder = false;
+    };
+    CopySource listSelectionForCopy();
+    void copySelected(const QString& path);
+    void deleteSelected();
+    void dropPending(int code);
+    void copyPathsToClipboard();
 };

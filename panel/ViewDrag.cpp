@@ -65,6 +65,9 @@ void ViewDrag::run()
 
 void ViewDrag::nudge()
 {
+    if (QApplication::activeModalWidget() != nullptr) {
+        return; // dropped: what stands now is the question about it
+    }
     const QPoint pos = QCursor::pos();
     QCursor::setPos(pos + QPoint(nudgeToggle ? -1 : 1, 0));
     nudgeToggle = !nudgeToggle;

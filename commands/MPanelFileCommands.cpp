@@ -1,0 +1,119 @@
+// The commands that start a file operation: copy, delete, and the end of a drag.
+
+#include "panel/MPanel.h"
+
+#include "app/MessageBoxes.h"
+#include "app/TextHelpers.h"
+#include "app/aGlobal.h"
+#include "fileops/MCopy.h"
+#include "fileops/MProgress.h"
+#include "panel/MList.h"
+#include "panel/MTree.h"
+#include "panel/SelectedRows.h"
+#include "panel/myFileSystemModel.h"
+
+namespace {
+
+/// Asks, and runs the pending operation if the answer is Yes.
+void askAndRun(QWidget* parent, const QString& question, int kind)
+{
+    if (questionBox(parent, gsProduct, question)) {
+        auto* progress = new MProgress(parent, kind); // frees itself when it has been executed
+        progress->exec();
+    }
+}
+
+QString askDestination(QWidget* parent)
+{
+    MCopy dialog(parent);
+    dialog.exec();
+    return dialog.destination;
+}
+
+/// @return path of an item once it is in the folder gsDropBase
+QString droppedPath(const QString& item)
+{
+    const QString name = item.mid(item.lastIndexOf(QLatin1Char('/')) + 1);
+    return gsDropBase == QLatin1String("/") ? gsDropBase + name : gsDropBase + QLatin1Char('/') + name;
+}
+
+} // namespace
+
+void MPanel::deleteSelected()
+{
+    getSelection();
+    gslDragList = selectedPaths;
+    askAndRun(this, QStringLiteral("Delete selected files in folder: \n\n") + currentPath, OpDelete);
+}
+
+MPanel::CopySource MPanel::listSelectionForCopy()
+{
+    CopySource source;
+    forEachSelectedRow(list, [&](const QModelIndex& row) {
+        const QString name = listModel->data(row, Qt::DisplayRole).toString();
+        if (name == QLatin1String("..")) {
+            return;
+        }
+        source.name = name;
+        source.paths.append(listModel->filePath(row));
+        source.hasFolder = source.hasFolder || listModel->isDir(row);
+    });
+    return source;
+}
+
+void MPanel::copySelected(const QString& path)
+{
+    // Both are asked before the dialog takes the focus; it comes back to the view only some time after.
+    const bool listHadFocus = list->hasFocus();
+    const bool treeHadFocus = tree->hasFocus();
+    const QString destination = askDestination(this);
+    if (destination.isEmpty()) {
+        return;
+    }
+    gsDropBase = destination;
+    if (!destination.startsWith(QLatin1Char('/'))) {
+        gsDropBase = currentPath + QLatin1Char('/') + destination;
+    }
+    const CopySource source = listHadFocus ? listSelectionForCopy() : CopySource();
+    gslDragList = source.paths;
+    if (gslDragList.size() == 1 && !source.hasFolder) {
+        if (destination.endsWith(QLatin1Char('/'))) {
+            gsDropBase += source.name;
+        }
+        askAndRun(this, QStringLiteral("Copy selected file to: \n\n") + gsDropBase, OpCopyTo);
+        return;
+    }
+    if (treeHadFocus) {
+        gslDragList.append(currentPath);
+        gsDragBase = xs_UpOneLevel(currentPath);
+    }
+    DoAction(CommandDropCopy, path, QString());
+}
+
+void MPanel::dropPending(int code)
+{
+    const QStringList items = gslDragList;
+    int samePlace = 0;
+    int insideSource = 0;
+    for (const QString& item : items) {
+        const QString target = droppedPath(item);
+        samePlace += target == item ? 1 : 0;
+        // A plain prefix on purpose, without regard to "/": copying /a/b into /a/bc is refused as well.
+        insideSource += target.startsWith(item) ? 1 : 0;
+    }
+    if (samePlace != 0) {
+        return;
+    }
+    if (insideSource != 0) {
+        criticalBox(this, gsProduct,
+            QStringLiteral(
+                "I'm sorry Dave, I'm afraid I can't do that.\nThe destination is a child of the source"));
+        return;
+    }
+    const bool copies = code == CommandDropCopy;
+    askAndRun(this,
+        (copies ? QStringLiteral("Copy selected files to folder: \n\n")
+                : QStringLiteral("Move selected files to folder: \n\n"))
+            + gsDropBase,
+        copies ? OpCopy : OpMove);
+}
