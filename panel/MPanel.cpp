@@ -97,7 +97,9 @@ void MPanel::makeList()
     list->horizontalHeader()->setHighlightSections(false);
     list->horizontalHeader()->setSortIndicatorShown(true);
     list->verticalHeader()->hide();
+    list->verticalHeader()->setMinimumSectionSize(rowHeight); // the style would have more
     list->verticalHeader()->setDefaultSectionSize(rowHeight);
+    list->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     list->setShowGrid(false);
     list->show();
 }
