@@ -7,7 +7,7 @@
 #include <QFileInfo>
 #include <QIcon>
 
-#include <memory>
+#include <optional>
 
 namespace {
 
@@ -20,8 +20,8 @@ void nameTimeZone()
     }
 }
 
-/// Keeps the platform plugin from loading OpenGL, which no widget here uses, while an application object is
-/// made. The programs that the user starts must not inherit it, so it ends with this object.
+/// Keeps the platform plugin from loading OpenGL, which no widget here uses. The plugin looks when the first
+/// window is made, so this must live until then; the programs that the user starts must not inherit it.
 class WithoutGl
 {
 public:
@@ -45,15 +45,6 @@ private:
     bool m_set;
 };
 
-std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
-{
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    nameTimeZone();
-    const WithoutGl withoutGl;
-    return std::make_unique<QApplication>(argc, argv);
-}
-
 /// Only a file is looked into: an icon loader would wait for a pipe.
 QIcon loadIcon(const QString& fileName)
 {
@@ -64,11 +55,16 @@ QIcon loadIcon(const QString& fileName)
 
 int main(int argc, char** argv)
 {
-    const std::unique_ptr<QApplication> application = makeApplication(argc, argv);
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    nameTimeZone();
+    std::optional<WithoutGl> withoutGl(std::in_place);
+    const QApplication application(argc, argv);
     ReadConfig(QDir::homePath() + QStringLiteral("/.Vantrel"));
     QApplication::setWindowIcon(loadIcon(gsAppIcon));
-    application->setStyleSheet(gsAppStyleSheet);
+    qApp->setStyleSheet(gsAppStyleSheet);
     aVantrel window;
     window.show();
+    withoutGl.reset();
     return QApplication::exec();
 }

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -60,6 +61,31 @@ int run(const TestDir& home, const std::function<void()>& look, const QList<QByt
     arguments.push_back(nullptr);
     return vantrelMain(texts.size(), arguments.data());
 }
+
+/// Notes a variable's value at the time when the first window of the program is made.
+class AtFirstWindow : public QObject
+{
+public:
+    explicit AtFirstWindow(const char* variable)
+        : m_variable(variable)
+    {
+        qApp->installEventFilter(this);
+    }
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        if (event->type() == QEvent::PlatformSurface && !m_seen) {
+            m_seen = true;
+            value = qgetenv(m_variable);
+        }
+        return QObject::eventFilter(object, event);
+    }
+
+    QByteArray value;
+
+private:
+    const char* m_variable;
+    bool m_seen = false;
+};
 
 const QString settings = QStringLiteral(".Vantrel");
 
@@ -216,11 +242,16 @@ void TestMainFunction::openGl()
     }
     QByteArray before;
     QByteArray inside;
-    whileMade = [&] { before = qgetenv(variable); };
+    std::unique_ptr<AtFirstWindow> firstWindow;
+    whileMade = [&] {
+        before = qgetenv(variable);
+        firstWindow = std::make_unique<AtFirstWindow>(variable);
+    };
     const int code = run(home, [&] { inside = qgetenv(variable); });
     qunsetenv(variable);
     QCOMPARE(code, 0);
     QTEST(before, "used");
+    QTEST(firstWindow->value, "used");
     QCOMPARE(inside, given);
 }
 
