@@ -147,7 +147,7 @@ start_virtual_display() {
     DISPLAY=:$number
     export DISPLAY
     unset WAYLAND_DISPLAY
-    openbox >"$logs/openbox.log" 2>&1 &
+    XDG_CACHE_HOME=$logs openbox >"$logs/openbox.log" 2>&1 &
     OPENBOX_PID=$!
     wait_until 20 window_manager_runs || die "the window manager did not start"
 }
