@@ -126,6 +126,7 @@ private:
     void openFile(const QString& path, const QString& name);
     QString associatedCommand(const QString& name);
     void showFreeSpace();
+    void showCounts(const QString& path, qint64 dirs, qint64 files, qint64 bytes);
 
     /// What the copy command takes from the listing.
     struct CopySource

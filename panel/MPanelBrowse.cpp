@@ -19,7 +19,9 @@ void MPanel::setTreeRoot(QString path)
 {
     rootPath = path;
     newTreeModel();
-    treeModel->setRootPath(rootPath);
+    if (QFileInfo(rootPath).isDir()) {
+        treeModel->setRootPath(rootPath);
+    }
     tree->startChangeWatcher();
     tree->reset();
     tree->setRootIndex(rootPath == QLatin1String("/") ? treeModel->index(QString())
@@ -40,14 +42,16 @@ void MPanel::setTreePath(QString path)
 void MPanel::treeRowChanged(QString path)
 {
     newListModel();
-    list->setRootIndex(listModel->setRootPath(path));
+    // The base class would show its working folder for a path that is no folder.
+    const bool isFolder = QFileInfo(path).isDir();
+    list->setRootIndex(isFolder ? listModel->setRootPath(path) : QModelIndex());
     tree->setFocus(Qt::OtherFocusReason);
     tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
     navBar->SetNavBar(path);
     noteLastPath(path);
     listSelectionChanged();
-    if (!QFileInfo(path).isDir()) {
-        listDirectoryLoaded(path); // nothing will be loaded: the counts of the folder before must not stay
+    if (!isFolder) {
+        showCounts(path, 0, 0, 0); // nothing will be loaded: the counts of the folder before must not stay
     }
 }
 

@@ -66,6 +66,11 @@ void MPanel::listDirectoryLoaded(const QString& path)
     qint64 files = 0;
     qint64 bytes = 0;
     listModel->getFolderStats(path, dirs, files, bytes);
+    showCounts(path, dirs, files, bytes);
+}
+
+void MPanel::showCounts(const QString& path, qint64 dirs, qint64 files, qint64 bytes)
+{
     folderLabel->setText(QStringLiteral("%1 has %2 dirs, %3 files, %4")
                              .arg(path, QString::number(dirs), QString::number(files), FormatBytes(bytes)));
 }
