@@ -104,6 +104,12 @@ int modeOf(const QFileInfo& info)
     return mode;
 }
 
+/// Size of an entry as the listing orders it: folders first, then what is neither folder nor file.
+qint64 sizeForOrder(const QFileInfo& info)
+{
+    return info.isDir() ? -2 : info.isFile() ? info.size() : -1;
+}
+
 bool factsDiffer(const QFileInfo& one, const QFileInfo& other)
 {
     return one.size() != other.size() || modeOf(one) != modeOf(other) || one.isDir() != other.isDir()
@@ -142,4 +148,44 @@ void compareFolderEntries(const FolderEntries& before, FolderReading& reading)
         known.erase(was);
     }
     reading.removed = known.keys();
+}
+
+void countFolderEntries(FolderReading& reading)
+{
+    for (const auto& entry : qAsConst(reading.entries)) {
+        if (entry.first != QLatin1String("..")) {
+            (entry.second.isDir() ? reading.dirs : reading.files) += 1;
+            reading.bytes += entry.second.size();
+        }
+    }
+}
+
+std::vector<int> orderFolderEntries(
+    const FolderEntries& entries, int column, const std::function<QString(const QFileInfo&)>& ownerText)
+{
+    const auto count = static_cast<std::size_t>(entries.size());
+    std::vector<int> order(count);
+    std::iota(order.begin(), order.end(), 0);
+    const auto sortBy = [&order](const auto& keys) {
+        std::stable_sort(order.begin(), order.end(), [&keys](int left, int right) {
+            return keys[static_cast<std::size_t>(left)] < keys[static_cast<std::size_t>(right)];
+        });
+    };
+    if (column == 1) {
+        std::vector<qint64> sizes(count);
+        std::transform(entries.begin(), entries.end(), sizes.begin(),
+            [](const auto& entry) { return sizeForOrder(entry.second); });
+        sortBy(sizes);
+    } else if (column == 2) {
+        std::vector<QString> texts(count);
+        std::transform(entries.begin(), entries.end(), texts.begin(),
+            [&](const auto& entry) { return ownerText(entry.second); });
+        sortBy(texts);
+    } else if (column == 3) {
+        std::vector<qint64> times(count);
+        std::transform(entries.begin(), entries.end(), times.begin(),
+            [](const auto& entry) { return entry.second.lastModified().toMSecsSinceEpoch(); });
+        sortBy(times);
+    }
+    return order;
 }

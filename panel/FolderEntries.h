@@ -7,6 +7,9 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
+#include <vector>
+
 /// Entries of one folder, as the file system model takes them: name and facts. The facts are looked up
 /// completely when an entry is made, so that reading them later costs no system call and is safe from any
 /// thread.
@@ -22,6 +25,9 @@ struct FolderReading
     FolderEntries entries; ///< everything that is there now, in the listing's order
     FolderEntries changed; ///< what is new or differs
     QStringList removed; ///< names that are gone
+    qint64 dirs = 0; ///< number of folders among the entries, ".." not counted
+    qint64 files = 0; ///< number of the others
+    qint64 bytes = 0; ///< sum of the sizes of all but "..", folders included
 };
 Q_DECLARE_METATYPE(FolderReading)
 
@@ -34,3 +40,15 @@ void sortFolderEntries(FolderEntries& entries);
 /// @param before entries of the earlier reading
 /// @param reading its `entries` are compared; its `changed` and `removed` are filled
 void compareFolderEntries(const FolderEntries& before, FolderReading& reading);
+
+/// Counts the entries of a reading into its totals. May be called from any thread.
+void countFolderEntries(FolderReading& reading);
+
+/// Gives the order of entries by a column of the listing: by size with folders first, by owner text or by
+/// time, equal ones by name. May be called from any thread.
+/// @param entries the entries, in the order of names
+/// @param column column of the listing, 0 for the order as it is
+/// @param ownerText text of the owner column for an entry
+/// @return positions in @p entries, first row first
+std::vector<int> orderFolderEntries(
+    const FolderEntries& entries, int column, const std::function<QString(const QFileInfo&)>& ownerText);

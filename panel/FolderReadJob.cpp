@@ -55,6 +55,7 @@ void FolderReadJob::run()
     }
     if (wanted()) {
         sortFolderEntries(reading.entries);
+        countFolderEntries(reading);
         reading.first = m_before == nullptr;
         if (reading.first) {
             reading.changed = reading.entries;
@@ -96,6 +97,7 @@ void FolderReadJob::showFirstPart(const FolderEntries& soFar, qint64 elapsedMs)
     part.complete = false;
     part.entries = soFar;
     sortFolderEntries(part.entries);
+    countFolderEntries(part);
     part.changed = part.entries;
     m_before = std::make_unique<const FolderEntries>(part.entries);
     emit done(part, elapsedMs);

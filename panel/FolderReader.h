@@ -33,6 +33,8 @@ public:
     void refresh();
     /// @return whether @p folder has been asked for
     bool knows(const QString& folder) const { return m_folders.contains(folder); }
+    /// @return what the last reading of @p folder found; nothing for one that has not been read
+    FolderEntries entries(const QString& folder) const { return m_folders.value(folder).entries; }
     /// Forgets a folder that is gone, and everything below it.
     void forget(const QString& folder);
 

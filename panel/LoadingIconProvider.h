@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFileIconProvider>
+#include <QHash>
 #include <QString>
 
 /// What the file system model asks for each entry that it loads: icon and type text. The standard provider
@@ -20,7 +21,13 @@ public:
     /// an entry, but neither size nor owner; a type that differs makes it take them as well.
     void nextRound();
 
+    /// Sets places in an order, which the type of an entry tells from now on: sorted by type, the entries are
+    /// in that order.
+    /// @param ranks place of each name, from 0; empty for types without meaning
+    void setRanks(QHash<QString, int> ranks);
+
 private:
     QString m_type = QStringLiteral("0");
     int m_round = 0;
+    QHash<QString, int> m_ranks;
 };

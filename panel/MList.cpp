@@ -69,9 +69,11 @@ void MList::mouseMoveEvent(QMouseEvent* event)
     drag.move(event, [this] {
         gsDragBase = panel->currentPath;
         gslDragList.clear();
-        forEachSelectedRow(this, [this](const QModelIndex& row) {
-            if (panel->listModel->fileName(row) != QLatin1String("..")) {
-                gslDragList.append(panel->listModel->filePath(row));
+        const QString prefix = panel->listModel->pathPrefix(rootIndex());
+        forEachSelectedRow(this, [&](const QModelIndex& row) {
+            const QString name = panel->listModel->fileName(row);
+            if (name != QLatin1String("..")) {
+                gslDragList.append(prefix + name);
             }
         });
     });

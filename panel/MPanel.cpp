@@ -145,7 +145,7 @@ void MPanel::resizeEvent(QResizeEvent* /*event*/)
 
 void MPanel::newTreeModel()
 {
-    const myFileSystemModel* before = treeModel;
+    myFileSystemModel* before = treeModel;
     treeModel = new myFileSystemModel(this);
     treeModel->setFilter(QDir::AllDirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot);
     treeModel->setColumns(1);
@@ -155,12 +155,14 @@ void MPanel::newTreeModel()
     if (tree != nullptr) {
         giveModel(tree, treeModel);
     }
-    delete before;
+    if (before != nullptr) {
+        before->retire();
+    }
 }
 
 void MPanel::newListModel()
 {
-    const myFileSystemModel* before = listModel;
+    myFileSystemModel* before = listModel;
     listModel = new myFileSystemModel(this);
     listModel->setFilter(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDot);
     listModel->setColumns(4);
@@ -170,5 +172,7 @@ void MPanel::newListModel()
     if (list != nullptr) {
         giveModel(list, listModel);
     }
-    delete before;
+    if (before != nullptr) {
+        before->retire();
+    }
 }

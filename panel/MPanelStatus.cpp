@@ -23,12 +23,13 @@ void MPanel::getSelection()
     if (!list->hasFocus()) {
         return;
     }
-    forEachSelectedRow(list, [this](const QModelIndex& row) {
+    const QString prefix = listModel->pathPrefix(list->rootIndex());
+    forEachSelectedRow(list, [&](const QModelIndex& row) {
         const QString name = listModel->fileName(row);
         if (name == QLatin1String("..")) {
             return;
         }
-        selectedPaths.append(listModel->filePath(row));
+        selectedPaths.append(prefix + name);
         ++selectedCount;
         selectedBytes += listModel->size(row);
     });

@@ -75,7 +75,7 @@ QVariant myFileSystemModel::displayText(const QModelIndex& index) const
     case 1:
         return english.toString(size(index));
     case 2:
-        return ownerText(index);
+        return ownerTextOf(fileInfo(index));
     case 3:
         return lastModified(index).toString(QStringLiteral("yyyy-MM-dd hh:mm"));
     default:
@@ -83,9 +83,8 @@ QVariant myFileSystemModel::displayText(const QModelIndex& index) const
     }
 }
 
-QString myFileSystemModel::ownerText(const QModelIndex& index) const
+QString myFileSystemModel::ownerTextOf(const QFileInfo& info) const
 {
-    const QFileInfo info = fileInfo(index);
     const uint id = info.ownerId();
     auto owner = m_owners.find(id);
     if (owner == m_owners.end()) {
@@ -108,6 +107,12 @@ QIcon myFileSystemModel::icon(const QModelIndex& index) const
 
 void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files, qint64& bytes)
 {
+    if (!m_loaded.folder.isEmpty() && m_loaded.folder == path && m_feeds.isEmpty()) {
+        dirs = m_loaded.dirs; // counted when the folder was read
+        files = m_loaded.files;
+        bytes = m_loaded.bytes;
+        return;
+    }
     dirs = 0;
     files = 0;
     bytes = 0;
@@ -115,7 +120,7 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
     const int rows = rowCount(parent);
     for (int row = 0; row < rows; ++row) {
         const QModelIndex child = index(row, 0, parent);
-        if (data(child, Qt::DisplayRole).toString() == QLatin1String("..")) {
+        if (fileName(child) == QLatin1String("..")) {
             continue;
         }
         if (isDir(child)) {
@@ -125,6 +130,12 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
         }
         bytes += fileInfo(child).size();
     }
+}
+
+QString myFileSystemModel::pathPrefix(const QModelIndex& folder) const
+{
+    const QString path = filePath(folder);
+    return path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
 }
 
 void myFileSystemModel::refresh()

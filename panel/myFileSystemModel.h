@@ -44,6 +44,15 @@ public:
     /// purpose
     void getFolderStats(QString path, qint64& dirs, qint64& files, qint64& bytes);
 
+    /// @return path of a folder with "/" at its end, to which names of its entries are appended; cheaper than
+    /// filePath() for
+    ///         each of many entries
+    QString pathPrefix(const QModelIndex& folder) const;
+
+    /// Frees the model, which no view may show any more: at once, or, where that would take long, on a thread
+    /// of its own.
+    void retire();
+
     /// Reads all loaded folders again, for changes that the system did not announce.
     void refresh();
 
@@ -56,6 +65,9 @@ signals:
     /// connected.
     void reloadWanted();
 
+protected:
+    bool event(QEvent* event) override;
+
 private slots:
     void takeReading(const FolderReading& reading);
     void feed();
@@ -64,13 +76,14 @@ private:
     bool isLoadable(const QString& folder) const;
     bool isOutsideRoot(const QModelIndex& index) const;
     QVariant displayText(const QModelIndex& index) const;
-    QString ownerText(const QModelIndex& index) const;
     QIcon icon(const QModelIndex& index) const;
     void dropFolder(const QString& folder);
     bool removeRows(const FolderReading& reading);
     void feedSlice(const FolderReading& reading, int count);
     void endFeed();
     void sortNow();
+    void sortListing();
+    QString ownerTextOf(const QFileInfo& info) const;
 
     MPanel* panel;
     int columns = 0;
@@ -84,5 +97,7 @@ private:
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     bool m_needsSort = false; ///< rows have come that are not in their place
+    bool m_inQueuedCall = false; ///< a call of the base class to itself is being delivered
+    FolderReading m_loaded; ///< totals of the folder that was loaded last, without its entries
     mutable QHash<uint, QString> m_owners; ///< user names by user id, for the life of the model
 };

@@ -87,6 +87,7 @@ void myFileSystemModel::dropFolder(const QString& folder)
     const bool isRoot = folder == rootPath();
     m_reader->forget(folder);
     m_feeds.clear();
+    m_loaded = FolderReading();
     m_fed = 0;
     baseSlots().listed.invoke(
         this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
@@ -173,27 +174,12 @@ void myFileSystemModel::feedSlice(const FolderReading& reading, int count)
 
 void myFileSystemModel::endFeed()
 {
-    const QString folder = m_feeds.takeFirst().folder;
+    m_loaded = m_feeds.takeFirst();
+    m_loaded.entries.clear();
+    m_loaded.changed.clear();
     m_fed = 0;
     if (m_needsSort) {
         sortNow();
     }
-    emit directoryLoaded(folder);
-}
-
-void myFileSystemModel::sortNow()
-{
-    m_needsSort = false;
-    QFileSystemModel::sort(m_sortColumn, m_sortOrder);
-}
-
-void myFileSystemModel::sort(int column, Qt::SortOrder order)
-{
-    if (column != m_sortColumn || order != m_sortOrder) {
-        m_sortColumn = column;
-        m_sortOrder = order;
-        sortNow();
-    }
-    // Otherwise this is the base class, which asks for a sort after every insertion. The rows are either in
-    // their place already or are sorted once, when all are there.
+    emit directoryLoaded(m_loaded.folder);
 }
