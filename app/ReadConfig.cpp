@@ -27,7 +27,7 @@ struct Keyword
     CommandCode code;
 };
 
-constexpr std::array<Keyword, 14> keywords{{
+const std::array<Keyword, 14> keywords{{
     {QLatin1String("properties"), CommandProperties},
     {QLatin1String("totalsize"), CommandTotalSize},
     {QLatin1String("checksum"), CommandChecksum},
@@ -111,7 +111,7 @@ struct Key
     void (*read)(QString& value); ///< may use up the value
 };
 
-constexpr std::array<Key, 7> keys{{
+const std::array<Key, 7> keys{{
     {QLatin1String("style"), readStyle},
     {QLatin1String("icon"), readIcon},
     {QLatin1String("drive"), readDrive},

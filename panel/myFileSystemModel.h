@@ -24,8 +24,8 @@ class myFileSystemModel : public QFileSystemModel
     Q_OBJECT
 
 public:
-    /// @param panel owner, and source of the root path and the current tree index
-    explicit myFileSystemModel(MPanel* panel);
+    /// @param owner panel that owns the model, and source of the root path and the current tree index
+    explicit myFileSystemModel(MPanel* owner);
 
     /// Sets the number of columns that headerData() and data() answer for.
     void setColumns(int n);
@@ -78,7 +78,7 @@ private:
     QVariant displayText(const QModelIndex& index) const;
     QIcon icon(const QModelIndex& index) const;
     void dropFolder(const QString& folder);
-    bool removeRows(const FolderReading& reading);
+    bool dropRows(const FolderReading& reading);
     void feedSlice(const FolderReading& reading, int count);
     void endFeed();
     void sortNow();

@@ -97,7 +97,7 @@ void myFileSystemModel::dropFolder(const QString& folder)
     }
 }
 
-bool myFileSystemModel::removeRows(const FolderReading& reading)
+bool myFileSystemModel::dropRows(const FolderReading& reading)
 {
     const QModelIndex parent = index(reading.folder);
     const int rows = rowCount(parent);
@@ -140,7 +140,7 @@ void myFileSystemModel::feed()
     if (m_fed == 0) {
         m_slice = reading.first ? firstSlice : firstSliceOfChanges;
         m_provider.nextRound();
-        if (!reading.removed.isEmpty() && !removeRows(reading)) {
+        if (!reading.removed.isEmpty() && !dropRows(reading)) {
             m_feeds.clear();
             return;
         }
