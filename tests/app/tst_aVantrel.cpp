@@ -2,6 +2,7 @@
 #include "app/aVantrel.h"
 #include "panel/MPanel.h"
 #include "tests/support/BoxAnswers.h"
+#include "tests/support/Settings.h"
 #include "tests/support/TestMain.h"
 
 #include <QAction>
@@ -99,10 +100,7 @@ private slots:
 
 void TestaVantrel::init()
 {
-    giWindowArrange = ArrangeSideBySide;
-    gwPanel1 = nullptr;
-    gwPanel2 = nullptr;
-    gwMainframe = nullptr;
+    resetSettings();
 }
 
 void TestaVantrel::form()

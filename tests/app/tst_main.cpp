@@ -5,6 +5,7 @@
 
 #include "panel/MPanel.h"
 #include "tests/support/BoxAnswers.h"
+#include "tests/support/Settings.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
@@ -125,16 +126,7 @@ void TestMainFunction::init()
 {
     whileMade = nullptr;
     inLoop = nullptr;
-    gsAppStyleSheet.clear();
-    gsAppIcon.clear();
-    gmFileAssn.clear();
-    gstMenu.clear();
-    gstDrives.clear();
-    gsNoRecurse.clear();
-    giWindowArrange = ArrangeSideBySide;
-    gwMainframe = nullptr;
-    gwPanel1 = nullptr;
-    gwPanel2 = nullptr;
+    resetSettings();
 }
 
 void TestMainFunction::runsUntilTheWindowIsClosed()
