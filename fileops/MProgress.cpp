@@ -1,5 +1,6 @@
 #include "fileops/MProgress.h"
 
+#include "app/Truncated.h"
 #include "app/WorkerThread.h"
 #include "app/aGlobal.h"
 #include "fileops/ProgressWorker.h"
@@ -9,9 +10,6 @@
 #include <QMutexLocker>
 #include <QPointer>
 #include <QPushButton>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
@@ -29,19 +27,6 @@ QString textOf(int kind)
     default:
         return QString();
     }
-}
-
-/// Drops the fraction. What no int can hold becomes the nearest int, and what is no number 0: a move of no
-/// items divides by zero, and a file that grows while it is copied passes 100 %.
-int truncated(float value)
-{
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= 2147483648.0F) {
-        return std::numeric_limits<int>::max();
-    }
-    return value <= -2147483648.0F ? std::numeric_limits<int>::min() : static_cast<int>(value);
 }
 
 } // namespace
