@@ -82,9 +82,14 @@ public:
     ///         and after a read error. Valid until the next call
     const char* next()
     {
-        const dirent* entry = ::readdir(m_folder);
+        const dirent* entry = nextEntry();
         return entry == nullptr ? nullptr : entry->d_name;
     }
+    /// The same with the kind of the entry, as far as the file system tells it.
+    const dirent* nextEntry() { return ::readdir(m_folder); }
+
+    /// @return the folder's descriptor, still owned here
+    int number() const { return ::dirfd(m_folder); }
 
     /// @return whether the name is "." or ".."
     static bool isDots(const char* name)

@@ -1,0 +1,102 @@
+#include "info/WalkEntries.h"
+
+#include <QTextCodec>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+
+namespace {
+
+/// @return whether the name is text in the locale's encoding, without anything that it cannot hold
+bool isText(const char* name, std::size_t length)
+{
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    if (std::all_of(name, name + length, isAscii)) {
+        return true;
+    }
+    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
+    QTextCodec::codecForLocale()->toUnicode(name, static_cast<int>(length), &state);
+    return state.invalidChars == 0 && state.remainingChars == 0;
+}
+
+unsigned char kindOf(mode_t mode)
+{
+    return static_cast<unsigned char>(IFTODT(mode));
+}
+
+} // namespace
+
+WalkEntries::WalkEntries(const QByteArray& path, bool keepOpen, const std::atomic<int>& running)
+    : m_listing(FolderListing(path.constData()))
+    , m_path(path.endsWith('/') ? path : path + '/')
+    , m_folderLength(m_path.size())
+{
+    if (!m_listing->isOpen()) {
+        return;
+    }
+    while (const dirent* entry = m_listing->nextEntry()) {
+        if (running.load(std::memory_order_relaxed) == 0) {
+            break;
+        }
+        append(*entry);
+    }
+    if (!keepOpen) {
+        m_listing.reset();
+    }
+}
+
+void WalkEntries::append(const dirent& entry)
+{
+    const std::size_t length = std::strlen(entry.d_name);
+    const bool maybeWanted = entry.d_type == DT_DIR || entry.d_type == DT_REG || entry.d_type == DT_LNK
+        || entry.d_type == DT_UNKNOWN;
+    if (!maybeWanted || FolderListing::isDots(entry.d_name) || !isText(entry.d_name, length)) {
+        return;
+    }
+    m_entries.push_back(static_cast<char>(entry.d_type));
+    m_entries.insert(m_entries.end(), entry.d_name, entry.d_name + length + 1);
+}
+
+bool WalkEntries::next()
+{
+    if (m_nextEntry == m_entries.size()) {
+        return false;
+    }
+    m_kind = static_cast<unsigned char>(m_entries[m_nextEntry]);
+    const char* name = &m_entries[m_nextEntry + 1];
+    const std::size_t length = std::strlen(name);
+    m_path.truncate(m_folderLength);
+    m_path.append(name, static_cast<int>(length));
+    m_nextEntry += length + 2;
+    return true;
+}
+
+std::optional<WalkEntries::Facts> WalkEntries::facts()
+{
+    struct stat info
+    {
+    };
+    if (m_kind == DT_UNKNOWN && look(info, AT_SYMLINK_NOFOLLOW)) {
+        m_kind = kindOf(info.st_mode);
+    }
+    if (m_kind != DT_DIR && m_kind != DT_REG && m_kind != DT_LNK) {
+        return std::nullopt;
+    }
+    if (look(info, 0)) {
+        return Facts{S_ISDIR(info.st_mode), info.st_size, info.st_dev, info.st_ino};
+    }
+    return m_kind == DT_LNK ? std::nullopt : std::make_optional<Facts>();
+}
+
+bool WalkEntries::look(struct stat& info, int flags) const
+{
+    if (m_path.size() >= PATH_MAX) {
+        return false; // no call that takes a path could
+    }
+    const bool isOpen = m_listing.has_value();
+    const int folder = isOpen ? m_listing->number() : AT_FDCWD;
+    const char* path = isOpen ? m_path.constData() + m_folderLength : m_path.constData();
+    return ::fstatat(folder, path, &info, flags) == 0;
+}
