@@ -45,6 +45,23 @@ private:
     bool m_set;
 };
 
+/// Outside the large desktops nobody names an icon theme, and the open folder of the tree would have no icon.
+/// The first theme that is installed and has one is taken then.
+void chooseIconTheme()
+{
+    const QString openFolder = QStringLiteral("folder-open");
+    const QString before = QIcon::themeName();
+    for (const char* name : {"Adwaita", "gnome", "breeze", "Papirus", "oxygen", "Tango"}) {
+        if (QIcon::hasThemeIcon(openFolder)) {
+            return;
+        }
+        QIcon::setThemeName(QLatin1String(name));
+    }
+    if (!QIcon::hasThemeIcon(openFolder)) {
+        QIcon::setThemeName(before);
+    }
+}
+
 /// Only a file is looked into: an icon loader would wait for a pipe.
 QIcon loadIcon(const QString& fileName)
 {
@@ -60,6 +77,7 @@ int main(int argc, char** argv)
     nameTimeZone();
     std::optional<WithoutGl> withoutGl(std::in_place);
     const QApplication application(argc, argv);
+    chooseIconTheme();
     ReadConfig(QDir::homePath() + QStringLiteral("/.Vantrel"));
     QApplication::setWindowIcon(loadIcon(gsAppIcon));
     qApp->setStyleSheet(gsAppStyleSheet);

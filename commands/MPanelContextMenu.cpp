@@ -43,9 +43,11 @@ void MPanel::ShowContextMenuTree(const QPoint& pos)
     // The tree's own coordinates here and the viewport's in the listing, on purpose.
     const QPoint globalPos = tree->mapToGlobal(pos);
     const QModelIndex index = tree->indexAt(pos);
-    currentTreeIndex = index;
-    currentPath = treeModel->filePath(index);
-    contextPath = currentPath;
+    contextPath = treeModel->filePath(index);
+    if (index.isValid()) { // a click beside the folders leaves the panel where it is
+        currentTreeIndex = index;
+        currentPath = contextPath;
+    }
     ShowContextMenu(index.data(Qt::DisplayRole).toString(), treeModel->isDir(index) ? 1 : 0, globalPos);
 }
 

@@ -110,6 +110,7 @@ void MList::dropEvent(QDropEvent* event)
 void MList::resizeEvent(QResizeEvent* /*event*/)
 {
     if (charWidth == 0) {
+        ensurePolished(); // the font of the style sheet
         charWidth = fontMetrics().horizontalAdvance(QStringLiteral("01234567890123456789")) / 20;
     }
     const QScrollBar* bar = verticalScrollBar();

@@ -41,11 +41,13 @@ void MPanel::setTreePath(QString path)
 
 void MPanel::treeRowChanged(QString path)
 {
+    currentPath = path;
     newListModel();
     // The base class would show its working folder for a path that is no folder.
     const bool isFolder = QFileInfo(path).isDir();
     list->setRootIndex(isFolder ? listModel->setRootPath(path) : QModelIndex());
     tree->setFocus(Qt::OtherFocusReason);
+    tree->showCurrent(treeModel->index(path));
     tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
     navBar->SetNavBar(path);
     noteLastPath(path);

@@ -7,6 +7,7 @@
 #include "panel/myFileSystemModel.h"
 
 #include <QMouseEvent>
+#include <QScopedValueRollback>
 
 namespace {
 
@@ -39,12 +40,23 @@ void MTree::startChangeWatcher()
 
 void MTree::currentRowChanged(const QModelIndex& current, const QModelIndex& /*previous*/)
 {
-    if (!current.isValid()) {
-        return; // the tree has lost its rows; the panel keeps the folder that it shows
+    if (!current.isValid() || m_panelLeads) {
+        return; // the tree has lost its rows, or the panel shows that folder already
     }
     panel->currentTreeIndex = current;
     panel->currentPath = panel->treeModel->filePath(current);
     panel->treeRowChanged(panel->currentPath);
+}
+
+void MTree::showCurrent(const QModelIndex& folder)
+{
+    if (!folder.isValid() || folder == currentIndex()) {
+        return;
+    }
+    const QScopedValueRollback<bool> leading(m_panelLeads, true);
+    selectionModel()->setCurrentIndex(
+        folder, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    panel->currentTreeIndex = folder;
 }
 
 void MTree::keyPressEvent(QKeyEvent* event)

@@ -20,6 +20,9 @@ public:
     /// Follows the current row from now on; to be called after each new model.
     void startChangeWatcher();
 
+    /// Makes a folder the current row that the panel shows already, without telling the panel again.
+    void showCurrent(const QModelIndex& folder);
+
     ViewDrag drag; ///< state and handling of drags
     myDelegate* delegate; ///< child of the view
     MList* partner = nullptr; ///< the panel's other view
@@ -40,4 +43,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void drawBranches(QPainter* painter, const QRect& rect, const QModelIndex& index) const override;
+
+private:
+    bool m_panelLeads = false; ///< the panel is setting the current row itself
 };
