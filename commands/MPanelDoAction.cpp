@@ -5,6 +5,8 @@
 #include "app/aGlobal.h"
 #include "commands/DialogNewDir.h"
 #include "commands/Rename.h"
+#include "info/Checksum.h"
+#include "info/DialogFileSize.h"
 #include "info/MProperties.h"
 #include "panel/MList.h"
 #include "panel/MTree.h"
@@ -38,6 +40,12 @@ void MPanel::DoAction(int code, const QString& path, const QString& command)
     switch (code) {
     case CommandProperties:
         runDialog<MProperties>(this, path);
+        break;
+    case CommandTotalSize:
+        runDialog<DialogFileSize>(this, path);
+        break;
+    case CommandChecksum:
+        runDialog<Checksum>(this, path);
         break;
     case CommandNewDir:
         runDialog<DialogNewDir>(this, currentPath);
