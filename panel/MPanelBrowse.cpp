@@ -173,13 +173,14 @@ void MPanel::leaveGoneFolder()
     while (!QFileInfo(path).isDir() && path.length() > rootPath.length()) {
         path = xs_UpOneLevel(path);
     }
-    if (path == currentPath || path.length() < rootPath.length()) {
-        return;
+    if (!QFileInfo(path).isDir()) {
+        return; // not even the root is there: the views are empty
     }
-    setTreePath(path);
-    if (currentPath != path) {
-        currentPath = path;
-        treeRowChanged(path);
+    if (path != currentPath) {
+        setTreePath(path);
+    }
+    if (path != currentPath || listModel->rowCount(list->rootIndex()) == 0) {
+        treeRowChanged(path); // the tree did not take it, or it was gone for a moment only
     }
 }
 

@@ -6,6 +6,8 @@
 #include <QMetaMethod>
 #include <QSet>
 
+#include <algorithm>
+
 namespace {
 
 /// Entries of the first slice: more than a screenful, few enough to be painted at once.
@@ -86,9 +88,13 @@ void myFileSystemModel::dropFolder(const QString& folder)
 {
     const bool isRoot = folder == rootPath();
     m_reader->forget(folder);
-    m_feeds.clear();
     m_loaded = FolderReading();
-    m_fed = 0;
+    if (!m_feeds.isEmpty() && m_feeds.constFirst().folder == folder) {
+        m_fed = 0;
+    }
+    m_feeds.erase(std::remove_if(m_feeds.begin(), m_feeds.end(),
+                      [&folder](const FolderReading& feed) { return feed.folder == folder; }),
+        m_feeds.end());
     baseSlots().listed.invoke(
         this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
     emit directoryLoaded(folder);
