@@ -16,7 +16,7 @@ JOBS=$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 2)
 
 # Packages of Debian 12, by what they are for.
 PACKAGES_BUILD="cmake g++ ninja-build ccache qtbase5-dev qtbase5-dev-tools"
-PACKAGES_SHOW="adwaita-icon-theme fonts-dejavu-core xdg-utils"
+PACKAGES_SHOW="adwaita-icon-theme fonts-dejavu-core fonts-liberation xdg-utils"
 PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
 PACKAGES_FORMAT="clang-format"
 PACKAGES_LINT="clang-tidy clazy shellcheck python3 python3-pyflakes"
