@@ -37,11 +37,12 @@ void DialogNewDir::makeFolder(const QString& name)
         // No return: it is wanted that the checks go on, in the working folder, after the dialog has closed.
         close();
     }
-    if (dir.exists(name)) {
+    // An empty name is nothing that exists or can be made; QDir would complain on the console as well.
+    if (!name.isEmpty() && dir.exists(name)) {
         criticalBox(this, title, name + QStringLiteral(" already exists in directory:\n") + m_folder);
     } else if (!QFileInfo(m_folder).isWritable()) {
         criticalBox(this, title, QStringLiteral("Permission denied to write in directory:\n") + m_folder);
-    } else if (dir.mkdir(name)) {
+    } else if (!name.isEmpty() && dir.mkdir(name)) {
         close();
     } else {
         criticalBox(this, title, QStringLiteral("Failed to create:\n") + fullPath);

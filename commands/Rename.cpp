@@ -46,16 +46,17 @@ void Rename::renameItem()
         criticalBox(this, title, QStringLiteral("Vantrel cannot access directory:\n") + m_folder);
         close();
     }
-    if (!dir.exists(m_oldName)) {
+    // Empty names neither exist nor can be given; QDir would complain on the console as well.
+    if (m_oldName.isEmpty() || !dir.exists(m_oldName)) {
         criticalBox(this, title, QStringLiteral("Vantrel cannot find:\n") + m_oldName);
         close();
     }
-    if (dir.exists(m_newName)) {
+    if (!m_newName.isEmpty() && dir.exists(m_newName)) {
         criticalBox(this, title, m_newName + QStringLiteral(" already exists in directory:\n") + m_folder);
     } else if (!QFileInfo(m_folder).isWritable()) {
         criticalBox(
             this, title, QStringLiteral("Permission denied to make changes in directory:\n") + m_folder);
-    } else if (dir.rename(m_oldName, m_newName)) {
+    } else if (!m_newName.isEmpty() && !m_oldName.isEmpty() && dir.rename(m_oldName, m_newName)) {
         close();
     } else {
         criticalBox(this, title, QStringLiteral("Failed to rename:\n") + m_oldName);
