@@ -45,6 +45,9 @@ void WorkerThread::stop()
         QCoreApplication::removePostedEvents(m_dialog, QEvent::MetaCall);
     } while (!m_thread->wait(waitSliceMs));
 
+    // Nothing that was said last reaches a dialog that is about to go.
+    QCoreApplication::removePostedEvents(m_dialog, QEvent::MetaCall);
+
     // The worker went with its thread unless its finished() was never emitted.
     delete m_worker.data();
     delete m_thread.data();

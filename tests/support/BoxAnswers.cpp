@@ -30,6 +30,17 @@ QMessageBox* visibleBox()
     return nullptr;
 }
 
+QAbstractButton* buttonOf(QMessageBox* box, const QString& text)
+{
+    const QList<QAbstractButton*> buttons = box->buttons();
+    for (QAbstractButton* button : buttons) {
+        if (plain(button->text()) == plain(text)) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 BoxAnswers::BoxAnswers(QObject* parent)
@@ -51,15 +62,12 @@ BoxAnswers::~BoxAnswers()
 BoxAnswers& BoxAnswers::click(const QString& buttonText)
 {
     m_answers.enqueue([this, buttonText](QMessageBox* box) {
-        const QList<QAbstractButton*> buttons = box->buttons();
-        for (QAbstractButton* button : buttons) {
-            if (plain(button->text()) == plain(buttonText)) {
-                QTest::mouseClick(button, Qt::LeftButton);
-                return;
-            }
+        if (QAbstractButton* button = buttonOf(box, buttonText)) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            return;
         }
         m_unexpected.append(QStringLiteral("no button \"%1\" in: %2").arg(buttonText, box->text()));
-        box->close();
+        giveUp(box);
     });
     return *this;
 }
@@ -76,13 +84,19 @@ BoxAnswers& BoxAnswers::close()
     return *this;
 }
 
+BoxAnswers& BoxAnswers::otherwise(const QStringList& buttonTexts)
+{
+    m_otherwise = buttonTexts;
+    return *this;
+}
+
 BoxAnswers& BoxAnswers::meanwhile(std::function<void()> what)
 {
     m_answers.enqueue([this, what = std::move(what)](QMessageBox* box) {
         what();
         if (m_answers.isEmpty()) {
             m_unexpected.append(QStringLiteral("no answer after meanwhile for: ") + box->text());
-            box->close();
+            giveUp(box);
         } else {
             m_answers.dequeue()(box);
         }
@@ -97,6 +111,17 @@ QStringList BoxAnswers::texts() const
         all.append(box.text);
     }
     return all;
+}
+
+/// Gets rid of a box, also of one that cannot be closed but by its buttons.
+void BoxAnswers::giveUp(QMessageBox* box)
+{
+    box->close();
+    if (box->isVisible() && box->button(QMessageBox::Discard) != nullptr) {
+        box->button(QMessageBox::Discard)->click();
+    } else if (box->isVisible()) {
+        box->reject();
+    }
 }
 
 void BoxAnswers::look()
@@ -125,9 +150,17 @@ void BoxAnswers::look()
     }
     m_seen.append(noted);
 
+    if (m_answers.isEmpty() && !m_otherwise.isEmpty()) {
+        for (const QString& text : qAsConst(m_otherwise)) {
+            if (QAbstractButton* button = buttonOf(box, text)) {
+                QTest::mouseClick(button, Qt::LeftButton);
+                return;
+            }
+        }
+    }
     if (m_answers.isEmpty()) {
         m_unexpected.append(noted.text);
-        box->close();
+        giveUp(box);
         return;
     }
     m_busy = true;

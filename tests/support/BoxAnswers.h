@@ -39,6 +39,8 @@ public:
     BoxAnswers& key(Qt::Key key);
     /// Answers the next box by closing its window.
     BoxAnswers& close();
+    /// Answers every box that no other answer is armed for: by the first of these buttons that it has.
+    BoxAnswers& otherwise(const QStringList& buttonTexts);
     /// Runs @p what while the next box is open, before the answer that is armed after it.
     BoxAnswers& meanwhile(std::function<void()> what);
 
@@ -52,7 +54,10 @@ public:
 private:
     void look();
 
+    void giveUp(QMessageBox* box);
+
     QQueue<std::function<void(QMessageBox*)>> m_answers;
+    QStringList m_otherwise;
     QVector<Box> m_seen;
     QStringList m_unexpected;
     QTimer m_timer;
