@@ -75,8 +75,9 @@ int MProgress::exec()
     const QPointer<MProgress> self(this);
     const int result = workerEnded ? QDialog::result() : QDialog::exec();
     if (self) {
-        // The worker still runs where the application quits.
-        abort = 1;
+        if (!workerEnded) {
+            abort = 1; // the application quits
+        }
         deleteLater();
     }
     return result;
