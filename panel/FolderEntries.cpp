@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -25,14 +27,6 @@ bool hasSurrogates(const FolderEntries& entries)
         const QString& name = entry.first;
         return std::any_of(name.begin(), name.end(), [](QChar unit) { return unit.isSurrogate(); });
     });
-}
-
-/// A name with each UTF-16 unit case-folded, which is what the C locale's collation compares.
-QString foldedName(const QString& name)
-{
-    QString folded(name.length(), Qt::Uninitialized);
-    std::transform(name.begin(), name.end(), folded.begin(), [](QChar unit) { return unit.toCaseFolded(); });
-    return folded;
 }
 
 /// Puts the entries in the order of @p keys, folders first, equal keys by name.
@@ -73,22 +67,50 @@ void sortByCollation(FolderEntries& entries, const QCollator& collator)
     sortByKeys(entries, keys, [](const auto& l, const auto& r) { return l.compare(r); });
 }
 
+/// The names of all entries with each UTF-16 unit case-folded, which is what the C locale's collation
+/// compares. They are one block of memory: as many small ones would stay with the thread when the sort is
+/// done.
+class FoldedNames
+{
+public:
+    explicit FoldedNames(const FolderEntries& entries)
+    {
+        std::size_t units = 0;
+        for (const auto& entry : entries) {
+            units += static_cast<std::size_t>(entry.first.length());
+        }
+        m_text.reserve(units);
+        for (const auto& entry : entries) {
+            const std::size_t begin = m_text.size();
+            for (const QChar unit : entry.first) {
+                m_text.push_back(unit.toCaseFolded().unicode());
+            }
+            m_names.emplace_back(m_text.data() + begin, m_text.size() - begin);
+        }
+    }
+    const std::vector<std::u16string_view>& names() const { return m_names; }
+
+private:
+    std::u16string m_text; ///< never grows beyond what was reserved, so the names stay where they are
+    std::vector<std::u16string_view> m_names;
+};
+
 /// The C locale has no collation keys that know no case, so names are folded once instead of at each
 /// comparison. Names beyond the basic plane, which are folded by pairs, are rare enough to be compared the
 /// slow way.
 void sortByFoldedNames(FolderEntries& entries, const QCollator& collator)
 {
-    std::vector<QString> keys;
-    keys.reserve(static_cast<std::size_t>(entries.size()));
-    const bool plain = !hasSurrogates(entries);
+    if (!hasSurrogates(entries)) {
+        const FoldedNames folded(entries);
+        sortByKeys(entries, folded.names(), [](const auto& l, const auto& r) { return l.compare(r); });
+        return;
+    }
+    std::vector<QString> names;
+    names.reserve(static_cast<std::size_t>(entries.size()));
     for (const auto& entry : qAsConst(entries)) {
-        keys.push_back(plain ? foldedName(entry.first) : entry.first);
+        names.push_back(entry.first);
     }
-    if (plain) {
-        sortByKeys(entries, keys, [](const QString& l, const QString& r) { return QString::compare(l, r); });
-    } else {
-        sortByKeys(entries, keys, [&](const QString& l, const QString& r) { return collator.compare(l, r); });
-    }
+    sortByKeys(entries, names, [&](const QString& l, const QString& r) { return collator.compare(l, r); });
 }
 
 /// Permission bits of owner, group and others. QFile::Permissions would ask the system for those of the user

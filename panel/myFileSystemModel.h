@@ -97,6 +97,7 @@ private:
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     bool m_needsSort = false; ///< rows have come that are not in their place
+    bool m_ranked = false; ///< the entries' types tell their places in the sorted column
     bool m_inQueuedCall = false; ///< a call of the base class to itself is being delivered
     FolderReading m_loaded; ///< totals of the folder that was loaded last, without its entries
     mutable QHash<uint, QString> m_owners; ///< user names by user id, for the life of the model

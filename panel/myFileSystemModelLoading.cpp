@@ -172,6 +172,7 @@ void myFileSystemModel::feedSlice(const FolderReading& reading, int count)
         = reading.first && m_sortColumn == 0 && m_sortOrder == Qt::AscendingOrder && rows == m_fed;
     FolderEntries slice = reading.changed.mid(m_fed, count);
     m_fed += count;
+    m_ranked = false;
     baseSlots().changed.invoke(this, Qt::DirectConnection, Q_ARG(QString, reading.folder),
         QGenericArgument("QVector<QPair<QString,QFileInfo> >", &slice));
     const bool grown = rowCount(parent) != rows;

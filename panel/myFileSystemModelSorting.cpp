@@ -9,6 +9,9 @@
 
 namespace {
 
+/// Column that the base class compares fast enough by itself.
+constexpr int sizeColumn = 1;
+
 /// Column of the base class that compares the entries' type texts, which the icon provider gives.
 constexpr int typeColumn = 2;
 
@@ -48,15 +51,21 @@ void myFileSystemModel::sort(int column, Qt::SortOrder order)
     if (m_inQueuedCall || (column == m_sortColumn && order == m_sortOrder && !m_needsSort)) {
         return;
     }
+    const bool onlyTurned = m_ranked && column == m_sortColumn && !m_needsSort;
     m_sortColumn = column;
     m_sortOrder = order;
-    sortNow();
+    if (onlyTurned) {
+        QFileSystemModel::sort(typeColumn, order);
+    } else {
+        sortNow();
+    }
 }
 
 void myFileSystemModel::sortNow()
 {
     m_needsSort = false;
-    if (filter().testFlag(QDir::Files)) {
+    m_ranked = false;
+    if (filter().testFlag(QDir::Files) && m_sortColumn != sizeColumn) {
         sortListing();
     } else {
         QFileSystemModel::sort(m_sortColumn, m_sortOrder);
@@ -81,6 +90,7 @@ void myFileSystemModel::sortListing()
     QFileSystemModel::event(&askTypesAgain);
     QFileSystemModel::sort(typeColumn, m_sortOrder);
     m_provider.setRanks({});
+    m_ranked = true;
 }
 
 void myFileSystemModel::retire()
