@@ -21,6 +21,8 @@ Rename::Rename(QWidget* parent, const QString& path)
     m_ui->lineEditDir->setText(m_folder);
     m_ui->lineEditOld->setText(m_oldName);
     m_ui->lineEditNew->setText(m_oldName);
+    m_ui->lineEditNew->selectAll();
+    m_ui->lineEditNew->setFocus();
 }
 
 Rename::~Rename() = default;
