@@ -55,14 +55,14 @@ MProperties::MProperties(QWidget* parent, const QString& path)
     m_ui->setupUi(this);
     const QFileInfo info(path);
     m_ui->ReadOnly->setText(path);
-    m_ui->label_Type->setText(typeText(info));
     m_ui->label_Size->setText(
         QLocale(QLocale::English).toString(QFile(path).size()) + QStringLiteral(" bytes"));
     m_ui->label_Owner->setText(info.group() + QLatin1Char(':') + info.owner());
     m_ui->label_Permissions->setText(xs_formatPermisions(info));
-    showIcon(info);
-    showTimes(info);
     showVolume(path);
+    showTimes(info); // before type and icon, for which the file may be read
+    m_ui->label_Type->setText(typeText(info));
+    showIcon(info);
 }
 
 MProperties::~MProperties() = default;
