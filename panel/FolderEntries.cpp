@@ -126,12 +126,6 @@ int modeOf(const QFileInfo& info)
     return mode;
 }
 
-/// Size of an entry as the listing orders it: folders first, then what is neither folder nor file.
-qint64 sizeForOrder(const QFileInfo& info)
-{
-    return info.isDir() ? -2 : info.isFile() ? info.size() : -1;
-}
-
 bool factsDiffer(const QFileInfo& one, const QFileInfo& other)
 {
     return one.size() != other.size() || modeOf(one) != modeOf(other) || one.isDir() != other.isDir()
@@ -193,12 +187,7 @@ std::vector<int> orderFolderEntries(
             return keys[static_cast<std::size_t>(left)] < keys[static_cast<std::size_t>(right)];
         });
     };
-    if (column == 1) {
-        std::vector<qint64> sizes(count);
-        std::transform(entries.begin(), entries.end(), sizes.begin(),
-            [](const auto& entry) { return sizeForOrder(entry.second); });
-        sortBy(sizes);
-    } else if (column == 2) {
+    if (column == 2) {
         std::vector<QString> texts(count);
         std::transform(entries.begin(), entries.end(), texts.begin(),
             [&](const auto& entry) { return ownerText(entry.second); });

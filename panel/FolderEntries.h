@@ -44,10 +44,10 @@ void compareFolderEntries(const FolderEntries& before, FolderReading& reading);
 /// Counts the entries of a reading into its totals. May be called from any thread.
 void countFolderEntries(FolderReading& reading);
 
-/// Gives the order of entries by a column of the listing: by size with folders first, by owner text or by
-/// time, equal ones by name. May be called from any thread.
+/// Gives the order of entries by a column of the listing: by owner text or by time, equal ones by
+/// name. May be called from any thread.
 /// @param entries the entries, in the order of names
-/// @param column column of the listing, 0 for the order as it is
+/// @param column 2 for the owner, 3 for the time, any other for the order as it is
 /// @param ownerText text of the owner column for an entry
 /// @return positions in @p entries, first row first
 std::vector<int> orderFolderEntries(
