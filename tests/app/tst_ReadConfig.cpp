@@ -60,6 +60,7 @@ void TestReadConfig::style_data()
     row("accumulates around others", "style=a\nicon=i\n#\nStyle=b\n", "a b ");
     row("empty value", "style=\n", " ");
     row("no =", "style\n", " ");
+    row("no =, blanks around", "  style\t\n", " ");
     row("case kept", "style=QLabel#Name { COLOR: Red; }\n", "QLabel#Name { COLOR: Red; } ");
     row("# in the value", "style=a # b\n", "a # b ");
     row("commented out", "# style=a\n", "");
