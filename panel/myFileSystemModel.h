@@ -89,6 +89,9 @@ private:
     int columns = 0;
 
     LoadingIconProvider m_provider;
+    /// A call of the base class to itself is being delivered. Stands before m_reader, whose making sends an
+    /// event.
+    bool m_inQueuedCall = false;
     FolderReader* m_reader; ///< child of this
     QList<FolderReading> m_feeds; ///< readings that wait for their turn, the first one under way
     int m_fed = 0; ///< entries of the first feed that the base class has
@@ -98,7 +101,6 @@ private:
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     bool m_needsSort = false; ///< rows have come that are not in their place
     bool m_ranked = false; ///< the entries' types tell their places in the sorted column
-    bool m_inQueuedCall = false; ///< a call of the base class to itself is being delivered
     FolderReading m_loaded; ///< totals of the folder that was loaded last, without its entries
     mutable QHash<uint, QString> m_owners; ///< user names by user id, for the life of the model
 };
