@@ -727,6 +727,9 @@ void TestMProgress::quitWhileItRuns()
 
 void TestMProgress::noThreadToBeHad()
 {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    QSKIP("a sanitizer does not work in a limited address space");
+#endif
     TestDir dir;
     gslDragList = QStringList{dir.file("f", "x")};
     QWidget panel;

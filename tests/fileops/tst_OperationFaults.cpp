@@ -1040,8 +1040,13 @@ int main(int argc, char** argv)
     }
     prepareTestProcess();
     QApplication app(argc, argv);
-    TestOperationFaults test;
-    return QTest::qExec(&test, argc, argv);
+    int failures = 0;
+    {
+        TestOperationFaults test;
+        failures = QTest::qExec(&test, argc, argv);
+    }
+    lookForLeaks();
+    return failures;
 }
 
 #include "tst_OperationFaults.moc"

@@ -5,6 +5,10 @@
 #include <clocale>
 #include <ctime>
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 void prepareTestProcess()
 {
     static const QTemporaryDir home;
@@ -20,4 +24,12 @@ void prepareTestProcess()
     }
     static_cast<void>(std::setlocale(LC_ALL, "C.UTF-8"));
     tzset();
+}
+
+void lookForLeaks()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+#if defined(__SANITIZE_ADDRESS__)
+    __lsan_do_leak_check();
+#endif
 }
