@@ -254,10 +254,10 @@ void TestExamples::darkStyleCovers_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("selector");
     for (const char* selector : {"QWidget:disabled", "QMenu::item:disabled", "QMenu::item:selected",
-             "selection-background-color", "QTableView:active", "QHeaderView::section",
-             "QScrollBar::handle", "QToolTip", "QMenuBar::item:selected", "QMenu", "QMessageBox", "QLineEdit",
-             "QLineEdit#ReadOnly", "QProgressBar::chunk", "QPushButton:focus", "QPushButton#NavBar:focus",
-             "QTableView:focus", "QLabel#StatusBar", "QPushButton#DriveBar"}) {
+             "selection-background-color", "QTableView:active", "QHeaderView::section", "QScrollBar::handle",
+             "QToolTip", "QMenuBar::item:selected", "QMenu", "QMessageBox", "QLineEdit", "QLineEdit#ReadOnly",
+             "QProgressBar::chunk", "QPushButton:focus", "QPushButton#NavBar:focus", "QTableView:focus",
+             "QLabel#StatusBar", "QPushButton#DriveBar"}) {
         QTest::newRow(selector) << QStringLiteral("Vantrel.dark") << QString::fromLatin1(selector);
     }
 }

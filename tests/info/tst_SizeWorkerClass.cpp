@@ -329,10 +329,12 @@ private slots:
     {
         gsNoRecurse = QStringLiteral("(a+)+$");
         TestDir dir;
-        dir.file(QString(60, QLatin1Char('a')) + QStringLiteral("!/b"), "22");
+        // Not the temporary folder itself, whose own name may end in "a".
+        const QString start = QStringLiteral("start/");
+        dir.file(start + QString(60, QLatin1Char('a')) + QStringLiteral("!/b"), "22");
         QElapsedTimer timer;
         timer.start();
-        QCOMPARE(counted(dir.path()).files, 1); // given up, which is no match
+        QCOMPARE(counted(dir.path(QStringLiteral("start"))).files, 1); // given up, which is no match
         QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
     }
 
