@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr std::size_t blockBytes = 1048576;
 constexpr std::size_t linkBytes = 1023; // longer targets are cut; this is wanted
 constexpr mode_t permissionBits = 07777;
 
@@ -217,7 +216,6 @@ ProgressWorker::Step ProgressWorker::copyContent(
 /// @return errno of the last write, @p error where there was none
 int ProgressWorker::copyBlocks(int from, int to, int error)
 {
-    char block[blockBytes]; // left as it is: to clear it would cost more than a small file
     while (!aborted()) {
         const ssize_t length = ::read(from, block, blockBytes);
         if (length < 1) {

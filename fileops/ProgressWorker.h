@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include <cstddef>
 #include <sys/types.h>
 
 class Descriptor;
@@ -84,6 +85,9 @@ private:
     int report(const char* prefix, const QByteArray& path, int error);
 
     // Copying.
+    static constexpr std::size_t blockBytes = 1048576;
+    char* block = nullptr; ///< of blockBytes, on the thread's stack while the operation runs
+
     void copyItem(const QByteArray& src, const QByteArray& dst);
     bool makeFolder(const QByteArray& path, mode_t mode);
     void copyEntries(const QByteArray& src, const QByteArray& dst);
