@@ -66,9 +66,10 @@ def _begin_display():
     os.close(write_end)
     with os.fdopen(read_end) as number:
         os.environ["DISPLAY"] = ":" + number.readline().strip()
-    _start(["openbox"])
-    wait_for(lambda: b"window id" in subprocess.run(
-        ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True, check=False).stdout, "a window manager")
+    # The window manager says so when it is ready: its hints on the root window are there earlier.
+    ready = os.path.join(SESSION, "openbox.ready")
+    _start(["openbox", "--startup", f"touch {ready}"])
+    wait_for(lambda: os.path.exists(ready), "a window manager")
 
 
 def _begin_bus():
@@ -105,6 +106,11 @@ def click(x, y, button=1, repeat=1, held=()):
     presses = ["click", "--repeat", repeat, "--delay", 30, button] if repeat > 1 else ["click", button]
     xdo("mousemove", x, y, *down, *presses, *up)
     _last_click = (x, y, time.monotonic())
+
+
+def let_go():
+    """Releases what a test that failed may have left pressed."""
+    xdo("keyup", "shift", "keyup", "ctrl", "mouseup", 1, "mouseup", 3)
 
 
 def key(*names):
