@@ -17,6 +17,7 @@ _STATES = {"active": 1, "checked": 4, "enabled": 8, "expanded": 10, "focused": 1
            "showing": 25, "visible": 30, "read-only": 43, "default": 39}
 
 _bus = None
+_focus = {}
 
 
 class Gone(Exception):
@@ -31,8 +32,8 @@ def _call(bus, name, path, interface, method, arguments=None):
         raise Gone(f"{path} {method}: {error.message}") from error
 
 
-def _connect():
-    """Switches accessibility on, as a screen reader does, and connects to its bus."""
+def begin():
+    """Switches accessibility on, as a screen reader does, and connects to its bus; before any program starts."""
     global _bus
     session = Gio.DBusConnection.new_for_address_sync(os.environ["DBUS_SESSION_BUS_ADDRESS"], _FLAGS, None, None)
     launcher = ("org.a11y.Bus", "/org/a11y/bus")  # at-spi-bus-launcher, which the session bus starts
@@ -40,12 +41,32 @@ def _connect():
           GLib.Variant("(ssv)", ("org.a11y.Status", "IsEnabled", GLib.Variant("b", True))))
     address, = _call(session, *launcher, "org.a11y.Bus", "GetAddress")
     _bus = Gio.DBusConnection.new_for_address_sync(address, _FLAGS, None, None)
+    _call(_bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/registry", _ATSPI + "Registry", "RegisterEvent",
+          GLib.Variant("(s)", ("object:state-changed:focused",)))
+    _bus.signal_subscribe(None, _ATSPI + "Event.Object", "StateChanged", None, "focused", Gio.DBusSignalFlags.NONE,
+                          _note_focus)
+
+
+def _note_focus(_bus, sender, path, _interface, _signal, arguments):
+    if arguments.unpack()[1]:
+        _focus[sender] = Accessible(sender, path)
+
+
+def focus_told(application):
+    """What the program has told last to have got the focus, or None. It is told so for the entries of a menu, too."""
+    context = GLib.MainContext.default()
+    while context.pending():
+        context.iteration(False)
+    return _focus.get(application.bus_name)
+
+
+def forget_focus(application):
+    focus_told(application)
+    _focus.pop(application.bus_name, None)
 
 
 def application(pid):
     """The program with that process id, or None as long as it has not registered."""
-    if _bus is None:
-        _connect()
     for child in Accessible(*_ROOT).children():
         try:
             owner, = _call(_bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
@@ -88,6 +109,10 @@ class Accessible:
     @property
     def role(self):
         return self._ask("Accessible", "GetRoleName")[0]
+
+    @property
+    def parent(self):
+        return Accessible(*self._property("Accessible", "Parent"))
 
     def children(self):
         return [Accessible(*child) for child in self._ask("Accessible", "GetChildren")[0] if child[1] != _NULL]

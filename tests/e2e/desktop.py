@@ -85,6 +85,13 @@ def xdo(*words):
     return done.stdout
 
 
+def window_is_menu(window):
+    """Whether a window of the X server is a menu."""
+    words = subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE"], capture_output=True, text=True,
+                           check=False).stdout
+    return "_MENU" in words
+
+
 # --- Pointer and keyboard.
 
 _last_click = (-100, -100, 0.0)

@@ -7,6 +7,7 @@ import time
 import traceback
 import unittest
 
+import a11y
 import desktop
 
 #: No single test takes longer, however slow the machine.
@@ -106,8 +107,9 @@ def main(share, patterns):
     wanted = [test for test in found if not patterns or any(pattern in test.id() for pattern in patterns)]
     number, shares = map(int, share.removeprefix("--share=").split("/"))
     result = Result()
-    desktop.begin()
     try:
+        desktop.begin()
+        a11y.begin()
         unittest.TestSuite(map(with_limit, wanted[number::shares])).run(result)
     finally:
         desktop.end()

@@ -179,24 +179,30 @@ class Vantrel:
         for word in words[1:]:
             self.popup().choose(word)
 
-    def open_menu(self):
-        """The menu that is open, or None."""
-        for window in self.windows():
-            try:
-                inner = window.find_all("popup menu") if window.role == "popup menu" else [
-                    menu for bar in window.children() if bar.role == "menu bar"
-                    for menu in bar.find_all("popup menu")]
-                for menu in inner:
-                    if menu.has("showing") and menu.extents[2] > 0:
-                        return menu
-            except a11y.Gone:
-                pass
-        return None
+    def menu_is_open(self):
+        """Whether the X server shows a menu of the program."""
+        for window in desktop.xdo("search", "--onlyvisible", "--pid", self.process.pid).split():
+            if desktop.window_is_menu(window):
+                return True
+        return False
 
     def popup(self):
         """The menu that is open; waits for it."""
-        menu = wait_for(self.open_menu, lambda: f"a menu among {self.titles()}")
-        settle(menu)
+        wait_for(self.menu_is_open, lambda: f"a menu among {self.titles()}")
+        application = a11y.application(self.process.pid)
+        # Menus are in no list of windows: what is told is the entry that gets the focus.
+        a11y.forget_focus(application)
+        desktop.key("Down")
+
+        def look():
+            try:
+                entry = a11y.focus_told(application)
+                menu = entry and entry.parent
+                return menu if menu and menu.role == "popup menu" else None
+            except a11y.Gone:
+                return None
+        menu = wait_for(look, "an entry of the menu has the focus")
+        settle(menu.children()[0])
         return Popup(self, menu)
 
     def panel(self, number):
@@ -276,11 +282,14 @@ class Box:
         self.keys("alt+F4", stays=stays)
 
     def fill(self, text):
-        """Replaces the text of the field that has the keyboard."""
+        """Replaces the text of the field that can be edited."""
         self.wait_active()
+        field, = [field for field in self.fields if not field.has("read-only")]
+        desktop.click(*field.middle)
+        wait_for(lambda: field.has("focused"), "the field has the keyboard")
         desktop.key("ctrl+a", "Delete")
         desktop.type_text(text)
-        wait_for(lambda: text in [field.text for field in self.fields], f"the field holds {text!r}")
+        wait_for(lambda: field.text == text, lambda: f"the field holds {text!r}; it is {field.text!r}")
 
 
 class Popup:
@@ -296,7 +305,7 @@ class Popup:
         return ["-" if item.role == "separator" else item.name for item in self.window.children()]
 
     def wait_gone(self):
-        wait_for(lambda: not self.program.alive() or self.program.open_menu() is None, "the menu is gone")
+        wait_for(lambda: not self.program.alive() or not self.program.menu_is_open(), "the menu is gone")
 
     def choose(self, text):
         desktop.click(*self.window.find("menu item", text).middle)
