@@ -1,7 +1,8 @@
 """What the tests of copy, move and delete have in common."""
 
+from case import VantrelTest
 from desktop import key
-from vantrel import VantrelTest, listing
+from files import listing
 
 ONE = "Copy selected file to: \n\n"
 MANY = "Copy selected files to folder: \n\n"

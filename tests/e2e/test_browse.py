@@ -1,29 +1,16 @@
-"""Browsing: bars, tree, listing, links, sorting, status texts, and what happens on disk meanwhile."""
+"""Browsing: bars, tree, listing, links, sorting and status texts."""
 
 import os
 import pwd
-import shutil
 import subprocess
 
 import desktop
+from case import BrowseTest
 from desktop import holds, wait_for
-from vantrel import Link, VantrelTest, write
-
-SETTINGS = "drive={tree}=Tree\ndrive=/=Root\ndrive={tree}/a=Sub\n"
+from files import Link
 
 
-class Browse(VantrelTest):
-    def open(self, *folders, settings=SETTINGS, **entries):
-        """Starts in the tree, and goes on into a folder of it."""
-        self.make(**entries)
-        self.start(settings)
-        panel = self.program.panel(1)
-        panel.wait_folder(self.tree)
-        for depth, name in enumerate(folders, 1):
-            panel.open_row(name)
-            panel.wait_folder(self.in_tree(*folders[:depth]))
-        return panel
-
+class Browse(BrowseTest):
     # --- Bars.
 
     def test_drive_buttons_move_their_own_panel(self):
@@ -234,130 +221,3 @@ class Browse(VantrelTest):
         panel = self.open("a", a={})
         panel.wait_right(f"{self.in_tree('a')} has 0 dirs, 0 files, 0 Bytes")
         self.assertEqual(panel.names, [".."])
-
-    # --- The disk changes by itself.
-
-    def test_files_that_come_go_and_change_show_by_themselves(self):
-        panel = self.open(f="123")
-        write(self.in_tree("new"), "12345")
-        panel.wait_names("..", "f", "new")
-        wait_for(lambda: panel.cell("new", "Size").name == "5", lambda: panel.column("Size"))
-        self.assertEqual(self.program.panel(2).names, ["..", "f", "new"])
-        with open(self.in_tree("f"), "a") as file:
-            file.write("456789")
-        wait_for(lambda: panel.cell("f", "Size").name == "9", lambda: panel.column("Size"))
-        os.remove(self.in_tree("new"))
-        panel.wait_names("..", "f")
-        os.rename(self.in_tree("f"), self.in_tree("g"))
-        panel.wait_names("..", "g")
-
-    def test_counts_follow_the_disk(self):
-        panel = self.open(f="123")
-        panel.wait_right(f"{self.tree} has 0 dirs, 1 files, 3 Bytes")
-        write(self.in_tree("g"), "12345")
-        panel.wait_right(f"{self.tree} has 0 dirs, 2 files, 8 Bytes")
-
-    def test_folders_come_and_go_in_the_tree(self):
-        panel = self.open(a={})
-        wait_for(lambda: panel.branch_names == ["tree", "a"], lambda: panel.branch_names)
-        os.mkdir(self.in_tree("b"))
-        wait_for(lambda: panel.branch_names == ["tree", "a", "b"], lambda: panel.branch_names)
-        os.rmdir(self.in_tree("a"))
-        wait_for(lambda: panel.branch_names == ["tree", "b"], lambda: panel.branch_names)
-
-    def test_a_folder_vanishes_while_both_panels_show_it(self):
-        first = self.open("a", "b", a={"b": {"f": "x"}})
-        second = self.program.panel(2)
-        second.open_row("a")
-        second.wait_folder(self.in_tree("a"))
-        second.open_row("b")
-        second.wait_folder(self.in_tree("a", "b"))
-        shutil.rmtree(self.in_tree("a", "b"))
-        for panel in (first, second):
-            panel.wait_folder(self.in_tree("a"))
-            panel.wait_names("..")
-        first.open_row("..")
-        first.wait_folder(self.tree)
-
-    def test_the_root_vanishes(self):
-        # The table says that it has the top's rows while it has none.
-        self.expected_messages = r"\A(QAccessibleTable::child: Invalid index at: 0 [0-3]\n)*\Z"
-        panel = self.open(f="x")
-        shutil.rmtree(self.tree)
-        wait_for(lambda: "f" not in panel.names, lambda: panel.names)
-        panel.press_drive("Root")
-        panel.wait_folder("/")
-
-    def test_a_folder_that_may_not_be_read(self):
-        panel = self.open(a={"f": "x"})
-        os.chmod(self.in_tree("a"), 0)
-        panel.open_row("a")
-        wait_for(lambda: panel.path == self.in_tree("a"), lambda: panel.path)
-        panel.wait_right(f"{self.in_tree('a')} has 0 dirs, 0 files, 0 Bytes")
-        panel.press_component("tree/")
-        panel.wait_folder(self.tree)
-
-
-class Open(VantrelTest):
-    """What a double-click on a file starts."""
-
-    def open(self, *lines, **entries):
-        self.make(**entries)
-        self.start("\n".join(("drive={tree}=Tree", *lines)))
-        panel = self.program.panel(1)
-        panel.wait_folder(self.tree)
-        return panel
-
-    def test_the_desktop_opens_what_has_no_association(self):
-        self.stand_in("xdg-open")
-        panel = self.open(**{"note.txt": "x"})
-        panel.open_row("note.txt")
-        self.assertEqual(self.launched("xdg-open")[1], ["file://" + self.in_tree("note.txt")])
-
-    def test_an_association_with_arguments_and_a_path_with_blanks(self):
-        self.stand_in("viewer")
-        panel = self.open("assn=md|txt=viewer  --one   -2 three", **{"my  notes; $HOME \"x\".TXT": "x"})
-        panel.open_row("my  notes; $HOME \"x\".TXT")
-        folder, arguments = self.launched("viewer")
-        self.assertEqual(arguments, ["--one", "-2", "three", self.in_tree("my  notes; $HOME \"x\".TXT")])
-        self.assertEqual(folder, self.home)
-
-    def test_the_last_suffix_decides(self):
-        self.stand_in("unpack")
-        self.stand_in("viewer")
-        panel = self.open("assn=gz=unpack", "assn=tar=viewer", **{"archive.tar.gz": "x"})
-        panel.open_row("archive.tar.gz")
-        self.assertEqual(self.launched("unpack")[1], [self.in_tree("archive.tar.gz")])
-
-    def test_a_name_without_a_dot(self):
-        self.stand_in("maker")
-        self.stand_in("viewer")
-        panel = self.open("assn=makefile=maker", "assn=|sh=viewer", Makefile="x", README="x")
-        panel.open_row("Makefile")
-        self.assertEqual(self.launched("maker")[1], [self.in_tree("Makefile")])
-        panel.open_row("README")
-        self.assertEqual(self.launched("viewer")[1], [self.in_tree("README")])
-
-    def test_a_program_that_is_missing(self):
-        panel = self.open("assn=txt=no-such-program --x", **{"note.txt": "x"})
-        panel.open_row("note.txt")
-        box = self.program.box("Error")
-        self.assertEqual(box.text, "Failed to start program:\nno-such-program")
-        self.assertEqual(box.buttons, ["OK"])
-        box.press("OK")
-        self.assertEqual(panel.path, self.tree)
-
-    def test_no_desktop_program(self):
-        # Nothing opens; the program goes on.
-        self.expected_messages = r"\AUnable to detect a launcher for 'file:///\S+'\n\Z"
-        panel = self.open(**{"note.txt": "x"})
-        panel.open_row("note.txt")
-        panel.select("note.txt")
-        panel.wait_left("Selected 1 file(s), 1 Bytes")
-
-    def test_programs_outlive_the_program(self):
-        self.stand_in("viewer")
-        panel = self.open("assn=txt=viewer", **{"note.txt": "x"})
-        panel.open_row("note.txt")
-        self.launched("viewer")
-        self.assertEqual(self.program.quit(), 0)

@@ -4,8 +4,8 @@ import os
 import stat
 
 from desktop import holds, key, wait_for
+from files import Link
 from operations import MANY, ONE, OperationTest
-from vantrel import Link
 
 
 class Copy(OperationTest):

@@ -3,8 +3,8 @@
 import os
 
 from desktop import holds, key
+from files import Link
 from operations import OperationTest
-from vantrel import Link
 
 
 class Delete(OperationTest):

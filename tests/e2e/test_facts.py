@@ -6,7 +6,7 @@ import pwd
 
 from commands import CommandTest
 from desktop import clipboard, holds, key, wait_for
-from vantrel import Link
+from files import Link
 
 
 class Facts(CommandTest):

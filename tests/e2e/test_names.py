@@ -54,7 +54,6 @@ class NewFolder(CommandTest):
         self.assert_tree({})
 
     def test_names_that_are_refused(self):
-        self.expected_messages = r"\A(QDir::\w+: Empty or null file name(\(s\))?\n)*\Z"
         panel = self.open(f="1", d={})
         box = self.dialog(panel, self.tree)
         self.refused(box, f"Failed to create:\n{self.tree}/")
@@ -133,7 +132,6 @@ class NewName(CommandTest):
         self.assert_tree({"f": "1"})
 
     def test_names_that_are_refused(self):
-        self.expected_messages = r"\A(QDir::\w+: Empty or null file name(\(s\))?\n)*\Z"
         panel = self.open(f="1", g="2")
         panel.select("f")
         key("r")

@@ -4,8 +4,8 @@ import os
 
 import desktop
 from desktop import holds, key, wait_for
+from files import read
 from operations import MANY, ONE, OperationTest
-from vantrel import read
 
 
 class Progress(OperationTest):

@@ -2,8 +2,8 @@
 
 import os
 
+from files import Link
 from operations import MANY, ONE, OperationTest
-from vantrel import Link
 
 
 class Replace(OperationTest):

@@ -3,8 +3,9 @@
 import os
 
 import desktop
+from case import EXAMPLES, VantrelTest
 from desktop import holds, wait_for
-from vantrel import EXAMPLES, VantrelTest, read
+from files import read
 
 
 class Start(VantrelTest):
