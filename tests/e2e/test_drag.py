@@ -240,9 +240,13 @@ class Drags(OperationTest):
         self.window = 2
         self.test_list_to_the_empty_space_of_the_other_list()
 
-    def test_one_above_the_other_with_shift(self):
+    def test_one_above_the_other_onto_a_folder_row(self):
         self.window = 2
         self.test_onto_a_folder_row()
+
+    def test_one_above_the_other_with_shift(self):
+        self.window = 2
+        self.test_with_shift_it_moves()
 
     def test_single_panel(self):
         self.window = 1

@@ -5,6 +5,7 @@ import os
 import desktop
 from commands import MENU, CommandTest
 from desktop import clipboard, holds, key, wait_for
+from operations import ONE
 
 
 class Menus(CommandTest):
@@ -153,6 +154,35 @@ class Launches(CommandTest):
         self.choose(first, "x", "Compare")
         self.assertEqual(self.launched("comparer"),
                          (self.in_tree("d"), ["-x", self.in_tree("d", "x"), self.in_tree("e")]))
+
+
+class Operations(CommandTest):
+    """The commands that start a file operation, from the menu."""
+
+    def test_copy(self):
+        panel = self.open(f="1", d={})
+        self.choose(panel, "f", "Copy")
+        box = self.program.dialog("Vantrel")
+        box.fill("d/")
+        box.press("OK")
+        self.confirm(ONE + self.in_tree("d", "f"))
+        self.finished()
+        self.assert_tree({"f": "1", "d/": "", "d/f": "1"})
+
+    def test_delete(self):
+        panel = self.open(f="1", g="2")
+        self.choose(panel, "f", "Remove")
+        self.confirm(f"Delete selected files in folder: \n\n{self.tree}")
+        self.finished()
+        self.assert_tree({"g": "2"})
+
+    def test_delete_in_the_tree(self):
+        panel = self.open(d={}, g="2")
+        panel.branch_menu("d").choose("Remove")
+        self.confirm(f"Delete selected files in folder: \n\n{self.in_tree('d')}")
+        self.finished()
+        self.assert_tree({"g": "2"})
+        panel.wait_folder(self.tree)
 
 
 class Clipboard(CommandTest):

@@ -1,6 +1,7 @@
 """The dialogs that make a folder and rename an item."""
 
 import os
+import shutil
 
 from commands import CommandTest
 from desktop import key, wait_for
@@ -161,3 +162,19 @@ class NewName(CommandTest):
         self.refused(box, "Vantrel cannot find:\nf", f"g already exists in directory:\n{self.tree}")
         self.program.wait_for_no_box()
         self.assert_tree({"g": "2"})
+
+    def test_the_folder_is_gone(self):
+        panel = self.open(d={"x": "1"})
+        panel.open_row("d")
+        panel.wait_folder(self.in_tree("d"))
+        panel.select("x")
+        key("r")
+        box = self.check(self.in_tree("d"), "x")
+        box.fill(".Vantrel")
+        shutil.rmtree(self.in_tree("d"))
+        # The checks go on in the working folder, which is the home here.
+        self.refused(box, f"Vantrel cannot access directory:\n{self.in_tree('d')}", "Vantrel cannot find:\nx",
+                     f".Vantrel already exists in directory:\n{self.in_tree('d')}")
+        self.program.wait_for_no_box()
+        panel.wait_folder(self.tree)
+        self.assertEqual(os.listdir(self.home), [".Vantrel"])
