@@ -164,6 +164,18 @@ class Browse(BrowseTest):
         desktop.click(*panel.header("Modified").middle)
         wait_for(lambda: [name for name in panel.names if name != ".."] == ["b", "a", "c"], lambda: panel.names)
 
+    def test_sort_by_one_column_after_another(self):
+        panel = self.open(**{"a": "1", "b": "333", "c": "22"})
+        for name, when in (("a", 2), ("b", 3), ("c", 1)):
+            os.utime(self.in_tree(name), (0, when * 100000000))
+        wait_for(lambda: panel.cell("a", "Modified").name.startswith("1976"), "the times are shown")
+        # Every click flips the order, descending first.
+        for column, order in (("Name", "cba"), ("Modified", "cab"), ("Name", "cba"), ("Name", "abc"), ("Size", "bca"),
+                              ("Modified", "cab"), ("Modified", "bac"), ("Size", "acb")):
+            desktop.click(*panel.header(column).middle)
+            wait_for(lambda: "".join(panel.names).replace("..", "") == order,
+                     lambda: f"{order} by {column}; it is {panel.names}")
+
     def test_sort_order_starts_afresh_in_every_folder(self):
         panel = self.open(a={"x": "1", "y": "22"}, b="", c="")
         desktop.click(*panel.header("Name").middle)
