@@ -182,8 +182,9 @@ void myFileSystemModel::feedSlice(const FolderReading& reading, int count)
 void myFileSystemModel::endFeed()
 {
     m_loaded = m_feeds.takeFirst();
-    m_loaded.entries.clear();
-    m_loaded.changed.clear();
+    // Let go, not cleared: clear() would first copy what the reader shares.
+    m_loaded.entries = FolderEntries();
+    m_loaded.changed = FolderEntries();
     m_fed = 0;
     if (m_needsSort) {
         sortNow();
