@@ -85,6 +85,11 @@ def xdo(*words):
     return done.stdout
 
 
+def focused_window():
+    """The window that the X server gives the keys to."""
+    return subprocess.run(["xdotool", "getwindowfocus"], capture_output=True, text=True, check=False).stdout.strip()
+
+
 def window_is_menu(window):
     """Whether a window of the X server is a menu."""
     words = subprocess.run(["xprop", "-id", window, "_NET_WM_WINDOW_TYPE"], capture_output=True, text=True,

@@ -102,6 +102,18 @@ class Vantrel:
 
     def wait_for_no_box(self):
         wait_for(lambda: not self.boxes(), lambda: f"no box; there is {[box.text for box in self.open_boxes()]}")
+        self.wait_keyboard()
+
+    def wait_keyboard(self):
+        """Waits until a window of the program has the keyboard, also for the X server, where windows close later."""
+        def has():
+            shown = desktop.xdo("search", "--onlyvisible", "--pid", self.process.pid).split()
+            try:
+                told = [window for window in self.windows() if window.has("showing")]
+            except a11y.Gone:
+                return False
+            return len(shown) == len(told) and desktop.focused_window() in shown
+        wait_for(lambda: not self.alive() or has(), "a window of the program has the keyboard")
 
     def open_boxes(self):
         return [Box(self, window) for window in self.windows() if window.role in BOX_ROLES]
@@ -198,6 +210,7 @@ class Box:
 
     def wait_gone(self):
         wait_for(self.gone, lambda: f"the box is gone; there is {self.program.boxes()}")
+        self.program.wait_keyboard()
 
     def press(self, button, stays=False):
         """Clicks on a button; the box ends with that, unless it is said to stay."""
