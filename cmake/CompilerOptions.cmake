@@ -19,8 +19,8 @@ function(vantrel_compiler_options target)
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS
         QT_DISABLE_DEPRECATED_BEFORE=0x050F00 _FILE_OFFSET_BITS=64)
     if(VANTREL_SANITIZE)
-        # The checks that the sanitizers put in lead this warning astray.
-        target_compile_options(${target} PRIVATE -Wno-null-dereference)
+        # The checks that the sanitizers put in lead these warnings astray.
+        target_compile_options(${target} PRIVATE -Wno-null-dereference -Wno-maybe-uninitialized)
         target_compile_options(${target} PRIVATE -fsanitize=${VANTREL_SANITIZE} -fno-omit-frame-pointer
             -fno-sanitize-recover=undefined)
         target_link_options(${target} PRIVATE -fsanitize=${VANTREL_SANITIZE})
