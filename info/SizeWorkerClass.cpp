@@ -44,28 +44,25 @@ void SizeWorkerClass::RecursiveSize(const QString& path)
     struct stat info
     {
     };
-    if (::stat(QFile::encodeName(path).constData(), &info) == 0) {
-        enter(path, {true, info.st_size, info.st_dev, info.st_ino});
-    }
-}
-
-void SizeWorkerClass::enter(const QString& path, const WalkEntries::Facts& folder)
-{
-    if (isSkipped(path) || !isOnDevice(folder.device, path) || isAncestor(folder)) {
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0) {
         return;
     }
-    m_ancestors.push_back({folder.device, folder.number});
-    countEntries(QFile::encodeName(QDir(path).absolutePath()));
-    m_ancestors.pop_back();
+    const WalkEntries::Facts folder{true, info.st_size, info.st_dev, info.st_ino};
+    if (isToEnter(path, folder)) {
+        const QByteArray absolutePath = QFile::encodeName(QDir(path).absolutePath());
+        countEntries(WalkEntries(absolutePath, m_parent->running), folder);
+    }
 }
 
-void SizeWorkerClass::countEntries(const QByteArray& folder)
+bool SizeWorkerClass::isToEnter(const QString& path, const WalkEntries::Facts& folder)
 {
-    WalkEntries entries(folder, m_ancestors.size() <= openFolders, m_parent->running);
-    while (entries.next()) {
-        if (isStopped()) {
-            return;
-        }
+    return !isSkipped(path) && isOnDevice(folder.device, path) && !isAncestor(folder);
+}
+
+void SizeWorkerClass::countEntries(WalkEntries entries, const WalkEntries::Facts& folder)
+{
+    m_ancestors.push_back({folder.device, folder.number});
+    while (entries.next() && !isStopped()) {
         const auto facts = entries.facts();
         if (!facts) {
             continue;
@@ -76,8 +73,12 @@ void SizeWorkerClass::countEntries(const QByteArray& folder)
             continue;
         }
         add(m_parent->folderCount, 1);
-        enter(QFile::decodeName(entries.path()), *facts);
+        if (isToEnter(QFile::decodeName(entries.path()), *facts)) {
+            const bool keepOpen = m_ancestors.size() < openFolders;
+            countEntries(WalkEntries(entries, keepOpen, m_parent->running), *facts);
+        }
     }
+    m_ancestors.pop_back();
 }
 
 bool SizeWorkerClass::isStopped() const

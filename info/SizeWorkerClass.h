@@ -42,8 +42,8 @@ private:
     };
 
     bool isStopped() const;
-    void enter(const QString& path, const WalkEntries::Facts& folder);
-    void countEntries(const QByteArray& folder);
+    bool isToEnter(const QString& path, const WalkEntries::Facts& folder);
+    void countEntries(WalkEntries entries, const WalkEntries::Facts& folder);
     bool isSkipped(const QString& path) const;
     bool isOnDevice(dev_t device, const QString& path);
     bool isAncestor(const WalkEntries::Facts& folder) const;

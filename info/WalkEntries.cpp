@@ -28,9 +28,20 @@ unsigned char kindOf(mode_t mode)
 
 } // namespace
 
-WalkEntries::WalkEntries(const QByteArray& path, bool keepOpen, const std::atomic<int>& running)
-    : m_listing(FolderListing(path.constData()))
-    , m_path(path.endsWith('/') ? path : path + '/')
+WalkEntries::WalkEntries(const QByteArray& path, const std::atomic<int>& running)
+    : WalkEntries(FolderListing(path.constData()), path, true, running)
+{
+}
+
+WalkEntries::WalkEntries(const WalkEntries& parent, bool keepOpen, const std::atomic<int>& running)
+    : WalkEntries(FolderListing(parent.openFolder(), parent.relativePath()), parent.m_path, keepOpen, running)
+{
+}
+
+WalkEntries::WalkEntries(
+    FolderListing listing, QByteArray path, bool keepOpen, const std::atomic<int>& running)
+    : m_listing(std::move(listing))
+    , m_path(path.endsWith('/') ? std::move(path) : std::move(path) + '/')
     , m_folderLength(m_path.size())
 {
     if (!m_listing->isOpen()) {
@@ -95,8 +106,15 @@ bool WalkEntries::look(struct stat& info, int flags) const
     if (m_path.size() >= PATH_MAX) {
         return false; // no call that takes a path could
     }
-    const bool isOpen = m_listing.has_value();
-    const int folder = isOpen ? m_listing->number() : AT_FDCWD;
-    const char* path = isOpen ? m_path.constData() + m_folderLength : m_path.constData();
-    return ::fstatat(folder, path, &info, flags) == 0;
+    return ::fstatat(openFolder(), relativePath(), &info, flags) == 0;
+}
+
+int WalkEntries::openFolder() const
+{
+    return m_listing ? m_listing->number() : AT_FDCWD;
+}
+
+const char* WalkEntries::relativePath() const
+{
+    return m_path.constData() + (m_listing ? m_folderLength : 0);
 }

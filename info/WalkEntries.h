@@ -27,12 +27,17 @@ public:
         ino_t number = 0;
     };
 
-    /// Lists the folder. One that cannot be read has no entries.
+    /// Lists a folder by its path. One that cannot be read has no entries.
     /// @param path the folder's path in the file system's bytes, without "/" at its end unless it is "/"
-    /// @param keepOpen whether to hold the folder open as long as this object lives, which makes facts()
-    ///        cheaper
     /// @param running the listing stops early once this is 0
-    WalkEntries(const QByteArray& path, bool keepOpen, const std::atomic<int>& running);
+    WalkEntries(const QByteArray& path, const std::atomic<int>& running);
+
+    /// Lists the folder that is the current entry of another.
+    /// @param parent the other, which this one does not refer to afterwards
+    /// @param keepOpen whether to hold the folder open as long as this object lives, which makes facts() and
+    ///        listing the folders in it cheaper
+    /// @param running the listing stops early once this is 0
+    WalkEntries(const WalkEntries& parent, bool keepOpen, const std::atomic<int>& running);
 
     /// Steps to the next entry, in the order of the file system. @return false behind the last
     bool next();
@@ -42,7 +47,12 @@ public:
     std::optional<Facts> facts();
 
 private:
+    WalkEntries(FolderListing listing, QByteArray path, bool keepOpen, const std::atomic<int>& running);
+
     void append(const dirent& entry);
+    /// Of the current entry: what its path relative to openFolder() is.
+    const char* relativePath() const;
+    int openFolder() const;
     bool look(struct stat& info, int flags) const;
 
     std::optional<FolderListing> m_listing; ///< only while the folder is held open
