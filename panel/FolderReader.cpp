@@ -65,7 +65,7 @@ void FolderReader::refresh()
 
 void FolderReader::forget(const QString& folder)
 {
-    const QString below = folder + QLatin1Char('/');
+    const QString below = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
     const QStringList folders = m_folders.keys();
     for (const QString& known : folders) {
         if (known == folder || known.startsWith(below)) {

@@ -4,7 +4,9 @@
 #include <QObject>
 #include <QString>
 
-class QSocketNotifier;
+#include <memory>
+
+class FolderEvents;
 
 /// Tells which folders have changed: entries made, removed or renamed, and the content or facts of entries.
 /// Lives on the GUI thread and waits for nothing. Where the system has no watches left, a folder is simply
@@ -27,11 +29,11 @@ signals:
     void changed(const QString& folder);
 
 private slots:
-    void readEvents();
+    void tell(int watch);
+    void tellAll();
+    void drop(int watch);
 
 private:
-    int m_descriptor;
-    QSocketNotifier* m_notifier = nullptr; ///< deleted before the descriptor is closed
-    QHash<int, QString> m_folders; ///< watch to folder
+    std::shared_ptr<FolderEvents> m_events; ///< shared with all other objects of this class
     QHash<QString, int> m_watches; ///< folder to watch
 };
