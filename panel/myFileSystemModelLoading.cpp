@@ -95,6 +95,9 @@ void myFileSystemModel::dropFolder(const QString& folder)
     m_feeds.erase(std::remove_if(m_feeds.begin(), m_feeds.end(),
                       [&folder](const FolderReading& feed) { return feed.folder == folder; }),
         m_feeds.end());
+    if (!index(folder).isValid()) {
+        return; // its row went before; the base class would take the top's rows for the folder's
+    }
     baseSlots().listed.invoke(
         this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
     emit directoryLoaded(folder);
@@ -123,8 +126,10 @@ bool myFileSystemModel::dropRows(const FolderReading& reading)
     }
     baseSlots().listed.invoke(
         this, Qt::DirectConnection, Q_ARG(QString, reading.folder), Q_ARG(QStringList, left));
+    const QString below
+        = reading.folder.endsWith(QLatin1Char('/')) ? reading.folder : reading.folder + QLatin1Char('/');
     for (const QString& name : reading.removed) {
-        m_reader->forget(reading.folder + QLatin1Char('/') + name);
+        m_reader->forget(below + name);
     }
     return true;
 }
