@@ -117,7 +117,7 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
     files = 0;
     bytes = 0;
     const QModelIndex parent = index(path);
-    const int rows = rowCount(parent);
+    const int rows = parent.isValid() ? rowCount(parent) : 0; // else these would be the top's
     for (int row = 0; row < rows; ++row) {
         const QModelIndex child = index(row, 0, parent);
         if (fileName(child) == QLatin1String("..")) {
