@@ -51,6 +51,9 @@ const BaseSlots& baseSlots()
 bool myFileSystemModel::isLoadable(const QString& folder) const
 {
     const QString root = rootPath();
+    if (folder.endsWith(QLatin1String("/.."))) {
+        return false; // the row that leads up
+    }
     return folder == root || root == QLatin1String("/") || folder.startsWith(root + QLatin1Char('/'));
 }
 
