@@ -85,8 +85,13 @@ void MTree::mouseDoubleClickEvent(QMouseEvent* event)
 {
     // The view would toggle the folder after the panel has handled the double-click. One that is folded opens
     // by that; one that is open stays open, with its subfolders folded up.
-    setExpandsOnDoubleClick(!isExpanded(indexAt(event->pos())));
+    const bool opens = !isExpanded(indexAt(event->pos()));
+    const QAbstractItemModel* before = model();
+    setExpandsOnDoubleClick(opens);
     QTreeView::mouseDoubleClickEvent(event);
+    if (opens && model() != before) {
+        expand(panel->treeModel->index(panel->rootPath)); // the root, whose index went with the old model
+    }
 }
 
 void MTree::nudgeMouse()
