@@ -119,6 +119,7 @@ private:
     QPoint placeOf(bool inTree, const QString& name) const;
     void select(const QStringList& names);
     void dragFrom(bool inTree, const QString& name, int distance, Qt::MouseButtons buttons = Qt::LeftButton);
+    void enter(QWidget* viewport, const QPoint& place);
     Qt::DropAction hover(bool inTree, const QPoint& place, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     bool drop(
         MPanel* target, bool inTree, const QPoint& place, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
@@ -146,6 +147,8 @@ void TestViewDrag::init()
 
 void TestViewDrag::cleanup()
 {
+    QDragLeaveEvent leave; // the application forgets the widget that the drag is over
+    QApplication::sendEvent(panel->list->viewport(), &leave);
     window.reset();
     dir.reset();
 }
@@ -184,11 +187,19 @@ void TestViewDrag::dragFrom(bool inTree, const QString& name, int distance, Qt::
     QApplication::sendEvent(view(inTree)->viewport(), &move);
 }
 
+/// Moves a drag onto a view, as it comes before every other event of the drag there.
+void TestViewDrag::enter(QWidget* viewport, const QPoint& place)
+{
+    QDragEnterEvent event(place, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(viewport, &event);
+}
+
 Qt::DropAction TestViewDrag::hover(bool inTree, const QPoint& place, Qt::KeyboardModifiers modifiers)
 {
     QDragMoveEvent event(place, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, modifiers);
     event.setDropAction(Qt::IgnoreAction);
     event.ignore();
+    enter(view(inTree)->viewport(), place);
     QApplication::sendEvent(view(inTree)->viewport(), &event);
     return event.isAccepted() ? event.dropAction() : Qt::IgnoreAction;
 }
@@ -198,6 +209,7 @@ bool TestViewDrag::drop(MPanel* target, bool inTree, const QPoint& place, Qt::Ke
     QDropEvent event(place, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, modifiers);
     event.ignore();
     QWidget* viewport = inTree ? target->tree->viewport() : target->list->viewport();
+    enter(viewport, place);
     QApplication::sendEvent(viewport, &event);
     return event.isAccepted();
 }
@@ -508,7 +520,9 @@ void TestViewDrag::leaveClears()
 void TestViewDrag::leaveWithoutHover()
 {
     QSignalSpy changed(panel->listModel, &QAbstractItemModel::dataChanged);
+    enter(panel->list->viewport(), QPoint(5, 5));
     QDragLeaveEvent leave;
+    leave.ignore();
     QApplication::sendEvent(panel->list->viewport(), &leave);
     QVERIFY(changed.isEmpty());
     QVERIFY(leave.isAccepted());
