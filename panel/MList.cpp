@@ -24,9 +24,7 @@ constexpr int scrolledMarginPixels = 8;
 
 MList::MList(MPanel* owner)
     : QTableView(owner)
-    , drag(this, new myDelegate(this), owner)
-    , delegate(findChild<myDelegate*>())
-    , panel(owner)
+    , ViewDrag(this, new myDelegate(this), owner)
 {
     setDragEnabled(true);
     setAcceptDrops(true);
@@ -59,14 +57,14 @@ void MList::keyPressEvent(QKeyEvent* event)
 
 void MList::mousePressEvent(QMouseEvent* event)
 {
-    drag.press(event);
+    notePress(event);
     QTableView::mousePressEvent(event);
 }
 
 void MList::mouseMoveEvent(QMouseEvent* event)
 {
     // The base handler is never called: a move with the button held drags and does not extend the selection.
-    drag.move(event, [this] {
+    dragWhenMoved(event, [this] {
         gsDragBase = panel->currentPath;
         gslDragList.clear();
         const QString prefix = panel->listModel->pathPrefix(rootIndex());
@@ -81,27 +79,27 @@ void MList::mouseMoveEvent(QMouseEvent* event)
 
 void MList::nudgeMouse()
 {
-    drag.nudge();
+    nudgeCursor();
 }
 
 void MList::dragEnterEvent(QDragEnterEvent* event)
 {
-    drag.enter(event);
+    dragEntered(event);
 }
 
 void MList::dragMoveEvent(QDragMoveEvent* event)
 {
-    drag.hover(event);
+    dragHovers(event);
 }
 
 void MList::dragLeaveEvent(QDragLeaveEvent* event)
 {
-    drag.leave(event);
+    dragLeft(event);
 }
 
 void MList::dropEvent(QDropEvent* event)
 {
-    drag.drop(event, [this](const QModelIndex& index) {
+    dropped(event, [this](const QModelIndex& index) {
         return index.isValid() && panel->listModel->isDir(index) ? panel->listModel->filePath(index)
                                                                  : panel->currentPath;
     });

@@ -6,10 +6,9 @@
 
 class MPanel;
 class MTree;
-class myDelegate;
 
 /// The listing of a panel's current folder.
-class MList : public QTableView
+class MList : public QTableView, public ViewDrag
 {
     Q_OBJECT
 
@@ -24,10 +23,7 @@ public:
     /// @param place value of the vertical scroll bar
     void placeWhenLoaded(int place);
 
-    ViewDrag drag; ///< state and handling of drags
-    myDelegate* delegate; ///< child of the view
     MTree* partner = nullptr; ///< the panel's other view
-    MPanel* panel;
     int charWidth = 0; ///< average width of a digit in pixels; 0 until the first resize
 
 public slots:

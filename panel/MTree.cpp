@@ -17,9 +17,7 @@ constexpr int indentationPixels = 15;
 
 MTree::MTree(MPanel* owner)
     : QTreeView(owner)
-    , drag(this, new myDelegate(this), owner)
-    , delegate(findChild<myDelegate*>())
-    , panel(owner)
+    , ViewDrag(this, new myDelegate(this), owner)
 {
     setDragEnabled(true);
     setAcceptDrops(true);
@@ -68,14 +66,14 @@ void MTree::keyPressEvent(QKeyEvent* event)
 
 void MTree::mousePressEvent(QMouseEvent* event)
 {
-    drag.press(event);
+    notePress(event);
     QTreeView::mousePressEvent(event);
 }
 
 void MTree::mouseMoveEvent(QMouseEvent* event)
 {
     // The base handler is never called: a move with the button held drags and does not select.
-    drag.move(event, [this] {
+    dragWhenMoved(event, [this] {
         gslDragList = QStringList(panel->currentPath);
         gsDragBase = xs_UpOneLevel(panel->currentPath);
     });
@@ -96,27 +94,27 @@ void MTree::mouseDoubleClickEvent(QMouseEvent* event)
 
 void MTree::nudgeMouse()
 {
-    drag.nudge();
+    nudgeCursor();
 }
 
 void MTree::dragEnterEvent(QDragEnterEvent* event)
 {
-    drag.enter(event);
+    dragEntered(event);
 }
 
 void MTree::dragMoveEvent(QDragMoveEvent* event)
 {
-    drag.hover(event);
+    dragHovers(event);
 }
 
 void MTree::dragLeaveEvent(QDragLeaveEvent* event)
 {
-    drag.leave(event);
+    dragLeft(event);
 }
 
 void MTree::dropEvent(QDropEvent* event)
 {
-    drag.drop(event, [this](const QModelIndex& index) {
+    dropped(event, [this](const QModelIndex& index) {
         return index.isValid() ? panel->treeModel->filePath(index) : panel->currentPath;
     });
 }

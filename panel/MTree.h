@@ -6,10 +6,9 @@
 
 class MList;
 class MPanel;
-class myDelegate;
 
 /// The folder tree of a panel. Its current row is the panel's current folder.
-class MTree : public QTreeView
+class MTree : public QTreeView, public ViewDrag
 {
     Q_OBJECT
 
@@ -23,10 +22,7 @@ public:
     /// Makes a folder the current row that the panel shows already, without telling the panel again.
     void showCurrent(const QModelIndex& folder);
 
-    ViewDrag drag; ///< state and handling of drags
-    myDelegate* delegate; ///< child of the view
     MList* partner = nullptr; ///< the panel's other view
-    MPanel* panel;
 
 public slots:
     void nudgeMouse();

@@ -26,13 +26,13 @@ Qt::DropAction wantedAction(const QDropEvent* event)
 } // namespace
 
 ViewDrag::ViewDrag(QAbstractItemView* owner, myDelegate* ownerDelegate, MPanel* ownerPanel)
-    : view(owner)
-    , delegate(ownerDelegate)
+    : delegate(ownerDelegate)
     , panel(ownerPanel)
+    , view(owner)
 {
 }
 
-void ViewDrag::press(const QMouseEvent* event)
+void ViewDrag::notePress(const QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton) {
         pressPos = event->localPos().toPoint();
@@ -48,7 +48,7 @@ bool ViewDrag::isDragStart(const QMouseEvent* event) const
     return moved.manhattanLength() >= QApplication::startDragDistance();
 }
 
-void ViewDrag::run()
+void ViewDrag::runDrag()
 {
     // Both are watched: the view, and with it its children, can go while the drag runs.
     const QPointer<QDrag> drag = new QDrag(view);
@@ -63,7 +63,7 @@ void ViewDrag::run()
     delete timer;
 }
 
-void ViewDrag::nudge()
+void ViewDrag::nudgeCursor()
 {
     if (QApplication::activeModalWidget() != nullptr) {
         return; // dropped: what stands now is the question about it
@@ -73,37 +73,37 @@ void ViewDrag::nudge()
     nudgeToggle = !nudgeToggle;
 }
 
-void ViewDrag::enter(QDragEnterEvent* event) const
+void ViewDrag::dragEntered(QDragEnterEvent* event) const
 {
     event->setDropAction(event->proposedAction());
     event->accept();
 }
 
-void ViewDrag::hover(QDragMoveEvent* event)
+void ViewDrag::dragHovers(QDragMoveEvent* event)
 {
     const QModelIndex index = view->indexAt(event->posF().toPoint());
     if (index.isValid()) {
         delegate->dropTargetIndex = index;
-        repaint(hoverIndex);
-        repaint(index);
+        repaintCell(hoverIndex);
+        repaintCell(index);
         hoverIndex = index;
     }
     event->setDropAction(wantedAction(event));
     event->accept();
 }
 
-void ViewDrag::leave(QDragLeaveEvent* event)
+void ViewDrag::dragLeft(QDragLeaveEvent* event)
 {
     event->accept();
     const QModelIndex outlined = delegate->dropTargetIndex;
     delegate->dropTargetIndex = QPersistentModelIndex();
-    repaint(outlined);
+    repaintCell(outlined);
 }
 
 QModelIndex ViewDrag::endHover(QDropEvent* event)
 {
     delegate->dropTargetIndex = QPersistentModelIndex();
-    repaint(hoverIndex);
+    repaintCell(hoverIndex);
     event->setDropAction(wantedAction(event));
     event->accept();
     return view->indexAt(event->posF().toPoint());
@@ -114,7 +114,7 @@ void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
     panel->gotDrop(event->dropAction(), target);
 }
 
-void ViewDrag::repaint(const QModelIndex& index) const
+void ViewDrag::repaintCell(const QModelIndex& index) const
 {
     if (index.isValid() && index.model() == view->model()) {
         emit view->model()->dataChanged(index, index);

@@ -12,58 +12,59 @@ class QDropEvent;
 class QMouseEvent;
 class myDelegate;
 
-/// Drag and drop of one view of a panel, the same for tree and listing. The mime data carries only a marker
-/// text; the dragged paths travel in the pending operation (gslDragList, gsDragBase, gsDropBase). GUI thread
-/// only.
+/// What both views of a panel have in common: the state and the handling of drags. The mime data carries only
+/// a marker text; the dragged paths travel in the pending operation (gslDragList, gsDragBase, gsDropBase).
+/// GUI thread only.
 class ViewDrag
 {
 public:
-    /// @param owner the view; owns this object
+    /// @param owner the view that this is a part of
     /// @param ownerDelegate the view's delegate, which draws the outline
     /// @param ownerPanel the panel that drops are handed to
     ViewDrag(QAbstractItemView* owner, myDelegate* ownerDelegate, MPanel* ownerPanel);
 
     /// Notes where a left press was.
-    void press(const QMouseEvent* event);
+    void notePress(const QMouseEvent* event);
     /// Starts a drag once the pointer is far enough from the press with the left button held. Blocks until it
     /// ends.
     /// @param fillPending fills the pending operation with what the view drags
     template <typename FillPending>
-    void move(const QMouseEvent* event, const FillPending& fillPending)
+    void dragWhenMoved(const QMouseEvent* event, const FillPending& fillPending)
     {
         if (isDragStart(event)) {
             hoverIndex = QPersistentModelIndex();
             fillPending();
-            run();
+            runDrag();
         }
     }
-    void enter(QDragEnterEvent* event) const;
-    void hover(QDragMoveEvent* event);
-    void leave(QDragLeaveEvent* event);
+    void dragEntered(QDragEnterEvent* event) const;
+    void dragHovers(QDragMoveEvent* event);
+    void dragLeft(QDragLeaveEvent* event);
     /// Ends a drag over the view.
     /// @param targetOf gives the target folder for the index under the pointer
     template <typename TargetOf>
-    void drop(QDropEvent* event, const TargetOf& targetOf)
+    void dropped(QDropEvent* event, const TargetOf& targetOf)
     {
         const QModelIndex index = endHover(event);
         finishDrop(event, targetOf(index));
     }
     /// Moves the pointer by one pixel, to and fro, so that the drag goes on being reported while the mouse
     /// rests.
-    void nudge();
+    void nudgeCursor();
 
     QPoint pressPos; ///< last left press, in view coordinates
     bool nudgeToggle = false; ///< direction of the next nudge
     QPersistentModelIndex hoverIndex; ///< item that a drag hovered over last
 
+    myDelegate* delegate; ///< draws the outline, child of the view
+    MPanel* panel;
+
 private:
     bool isDragStart(const QMouseEvent* event) const;
-    void run();
+    void runDrag();
     QModelIndex endHover(QDropEvent* event);
     void finishDrop(QDropEvent* event, const QString& target);
-    void repaint(const QModelIndex& index) const;
+    void repaintCell(const QModelIndex& index) const;
 
     QAbstractItemView* view;
-    myDelegate* delegate;
-    MPanel* panel;
 };
