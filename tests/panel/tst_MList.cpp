@@ -87,9 +87,9 @@ void TestMList::construction()
 void TestMList::startState()
 {
     const MList fresh(panel);
-    QCOMPARE(fresh.drag.pressPos, QPoint(0, 0));
-    QVERIFY(!fresh.drag.nudgeToggle);
-    QVERIFY(!fresh.drag.hoverIndex.isValid());
+    QCOMPARE(fresh.pressPos, QPoint(0, 0));
+    QVERIFY(!fresh.nudgeToggle);
+    QVERIFY(!fresh.hoverIndex.isValid());
     QVERIFY(!fresh.delegate->dropTargetIndex.isValid());
     QCOMPARE(fresh.partner, nullptr);
     QCOMPARE(fresh.charWidth, 0);
@@ -182,13 +182,13 @@ void TestMList::rightPressDoesNotMoveThePressPosition()
     QTest::mouseClick(list()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 10));
     QTest::mouseClick(list()->viewport(), Qt::RightButton, Qt::NoModifier, QPoint(70, 30));
     QTest::mouseClick(list()->viewport(), Qt::MiddleButton, Qt::NoModifier, QPoint(80, 30));
-    QCOMPARE(list()->drag.pressPos, QPoint(20, 10));
+    QCOMPARE(list()->pressPos, QPoint(20, 10));
 }
 
 void TestMList::leftPressIsNoted()
 {
     QTest::mouseClick(list()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(33, 27));
-    QCOMPARE(list()->drag.pressPos, QPoint(33, 27));
+    QCOMPARE(list()->pressPos, QPoint(33, 27));
     QVERIFY(list()->selectionModel()->hasSelection()); // the base handler ran
 }
 

@@ -977,7 +977,7 @@ void TestMPanel::tenThousandFolderChanges()
     // The path bar's connections, one more for each change, take half a MiB of this.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     const long grown = residentKib() - before;
-    QVERIFY2(grown < 3072, QByteArray::number(static_cast<qlonglong>(grown)).constData());
+    QVERIFY2(grown < 24576, QByteArray::number(static_cast<qlonglong>(grown)).constData());
 #else
     Q_UNUSED(before)
 #endif

@@ -108,9 +108,9 @@ void TestMTree::construction()
 void TestMTree::startState()
 {
     const MTree fresh(panel);
-    QCOMPARE(fresh.drag.pressPos, QPoint(0, 0));
-    QVERIFY(!fresh.drag.nudgeToggle);
-    QVERIFY(!fresh.drag.hoverIndex.isValid());
+    QCOMPARE(fresh.pressPos, QPoint(0, 0));
+    QVERIFY(!fresh.nudgeToggle);
+    QVERIFY(!fresh.hoverIndex.isValid());
     QVERIFY(!fresh.delegate->dropTargetIndex.isValid());
     QCOMPARE(fresh.partner, nullptr);
 }
@@ -218,14 +218,14 @@ void TestMTree::realDoubleClickOnTheRoot()
 void TestMTree::leftPressIsNoted()
 {
     QTest::mouseClick(tree()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(22, 9));
-    QCOMPARE(tree()->drag.pressPos, QPoint(22, 9));
+    QCOMPARE(tree()->pressPos, QPoint(22, 9));
 }
 
 void TestMTree::rightPressIsNot()
 {
     QTest::mouseClick(tree()->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(22, 9));
     QTest::mouseClick(tree()->viewport(), Qt::RightButton, Qt::NoModifier, QPoint(40, 12));
-    QCOMPARE(tree()->drag.pressPos, QPoint(22, 9));
+    QCOMPARE(tree()->pressPos, QPoint(22, 9));
 }
 
 void TestMTree::moveNeverSelects()

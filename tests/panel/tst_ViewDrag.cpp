@@ -181,7 +181,7 @@ void TestViewDrag::select(const QStringList& names)
 void TestViewDrag::dragFrom(bool inTree, const QString& name, int distance, Qt::MouseButtons buttons)
 {
     const QPoint place = placeOf(inTree, name);
-    (inTree ? panel->tree->drag : panel->list->drag).pressPos = place;
+    (inTree ? static_cast<ViewDrag&>(*panel->tree) : *panel->list).pressPos = place;
     const QPoint to = place + QPoint(distance / 2, distance - distance / 2);
     QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, buttons, Qt::NoModifier);
     QApplication::sendEvent(view(inTree)->viewport(), &move);
@@ -357,9 +357,9 @@ void TestViewDrag::nothingIsLeftAfterTheDrag()
 void TestViewDrag::startForgetsTheHover()
 {
     hover(false, placeOf(false, QStringLiteral("sub")));
-    QVERIFY(panel->list->drag.hoverIndex.isValid());
+    QVERIFY(panel->list->hoverIndex.isValid());
     dragFrom(false, QStringLiteral("one.txt"), 50);
-    QVERIFY(!panel->list->drag.hoverIndex.isValid());
+    QVERIFY(!panel->list->hoverIndex.isValid());
 }
 
 void TestViewDrag::nudgeMovesToAndFro_data()
@@ -372,7 +372,7 @@ void TestViewDrag::nudgeMovesToAndFro()
     QFETCH(bool, inTree);
     QCursor::setPos(200, 150);
     const QPoint start = QCursor::pos();
-    const ViewDrag& drag = inTree ? panel->tree->drag : panel->list->drag;
+    const ViewDrag& drag = inTree ? static_cast<const ViewDrag&>(*panel->tree) : *panel->list;
     QVERIFY(QMetaObject::invokeMethod(view(inTree), "nudgeMouse"));
     QVERIFY(drag.nudgeToggle);
     QCOMPARE(QCursor::pos(), start + QPoint(1, 0));
@@ -395,7 +395,7 @@ void TestViewDrag::nudgeRestsWhileABoxIsOpen()
     QMessageBox box(QMessageBox::Information, QString(), QStringLiteral("open"), QMessageBox::Ok, panel);
     box.exec();
     QCOMPARE(during, start);
-    QVERIFY(!panel->list->drag.nudgeToggle);
+    QVERIFY(!panel->list->nudgeToggle);
 }
 
 void TestViewDrag::enterAccepts_data()
@@ -446,7 +446,7 @@ void TestViewDrag::hoverOutlines()
                                      : listIndex(panel, name);
     hover(inTree, view(inTree)->visualRect(index).center());
     const myDelegate* delegate = inTree ? panel->tree->delegate : panel->list->delegate;
-    const ViewDrag& drag = inTree ? panel->tree->drag : panel->list->drag;
+    const ViewDrag& drag = inTree ? static_cast<const ViewDrag&>(*panel->tree) : *panel->list;
     QCOMPARE(QModelIndex(delegate->dropTargetIndex), index);
     QCOMPARE(QModelIndex(drag.hoverIndex), index);
     const QRect cell = view(inTree)->visualRect(index);
@@ -533,17 +533,17 @@ void TestViewDrag::outlineGoesWithItsRow()
     hover(false, placeOf(false, QStringLiteral("one.txt")));
     QVERIFY(QFile::remove(dir->path(QStringLiteral("one.txt"))));
     QTRY_VERIFY(!listNames(panel).contains(QStringLiteral("one.txt")));
-    QVERIFY(!panel->list->drag.hoverIndex.isValid());
+    QVERIFY(!panel->list->hoverIndex.isValid());
     QVERIFY(!panel->list->delegate->dropTargetIndex.isValid());
     hover(false, placeOf(false, QStringLiteral("sub")));
-    QCOMPARE(QModelIndex(panel->list->drag.hoverIndex), listIndex(panel, QStringLiteral("sub")));
+    QCOMPARE(QModelIndex(panel->list->hoverIndex), listIndex(panel, QStringLiteral("sub")));
 }
 
 void TestViewDrag::hoverSurvivesAFolderChange()
 {
     hover(false, placeOf(false, QStringLiteral("one.txt")));
     QVERIFY(openFolder(panel, dir->path(QStringLiteral("sub"))));
-    QVERIFY(!panel->list->drag.hoverIndex.isValid());
+    QVERIFY(!panel->list->hoverIndex.isValid());
     hover(false, placeOf(false, QStringLiteral("deeper")));
     QCOMPARE(QModelIndex(panel->list->delegate->dropTargetIndex), listIndex(panel, QStringLiteral("deeper")));
 }
