@@ -20,6 +20,8 @@ void askAndRun(QWidget* parent, const QString& question, int kind)
     if (questionBox(parent, gsProduct, question)) {
         auto* progress = new MProgress(parent, kind); // frees itself when it has been executed
         progress->exec();
+        // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
+        parent->window()->activateWindow();
     }
 }
 

@@ -88,7 +88,8 @@ void myFileSystemModel::sortListing()
     m_provider.setRanks(std::move(ranks));
     QEvent askTypesAgain(QEvent::LanguageChange);
     QFileSystemModel::event(&askTypesAgain);
-    // Makes the base class sort although its column stays the same; without name filters it changes nothing else.
+    // Makes the base class sort although its column stays the same; without name filters it changes nothing
+    // else.
     setNameFilterDisables(!nameFilterDisables());
     QFileSystemModel::sort(typeColumn, m_sortOrder);
     m_provider.setRanks({});
