@@ -12,8 +12,28 @@ constexpr unsigned long waitSliceMs = 5;
 
 } // namespace
 
+/// A thread that tells when its event loop has ended.
+class WorkerThread::Thread : public QThread
+{
+public:
+    explicit Thread(std::atomic<bool>& ended)
+        : m_ended(ended)
+    {
+    }
+
+protected:
+    void run() override
+    {
+        exec();
+        m_ended.store(true, std::memory_order_release);
+    }
+
+private:
+    std::atomic<bool>& m_ended;
+};
+
 WorkerThread::WorkerThread(QObject* worker, QObject* dialog)
-    : m_thread(new QThread)
+    : m_thread(new Thread(m_ended))
     , m_worker(worker)
     , m_dialog(dialog)
 {
@@ -44,6 +64,9 @@ void WorkerThread::stop()
         // An event that is removed lets the emit return that waits for it. The worker may ask again.
         QCoreApplication::removePostedEvents(m_dialog, QEvent::MetaCall);
     } while (!m_thread->wait(waitSliceMs));
+
+    // The wait orders the threads already; this says so to tools that cannot look into the library.
+    static_cast<void>(m_ended.load(std::memory_order_acquire));
 
     // Nothing that was said last reaches a dialog that is about to go.
     QCoreApplication::removePostedEvents(m_dialog, QEvent::MetaCall);

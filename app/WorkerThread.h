@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QThread>
 
+#include <atomic>
+
 /// A worker object at work on a thread of its own, for as long as its dialog lives. Used on the GUI thread.
 ///
 /// The worker has a slot StartWork(), which is the whole work, and a signal finished(), which is its last
@@ -31,6 +33,9 @@ public:
     void stop();
 
 private:
+    class Thread;
+
+    std::atomic<bool> m_ended{false}; ///< set by the thread when its event loop has ended
     QPointer<QThread> m_thread;
     QPointer<QObject> m_worker;
     QObject* m_dialog;

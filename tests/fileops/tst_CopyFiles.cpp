@@ -615,9 +615,7 @@ void TestCopyFiles::abortTakesEffectWithinABlock()
     copy.dir.file("src", content(4 * block));
     FaultShim shim(copy.dir.path());
     OperationRun run = copy.toName();
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("write", "dst", 2, [&] { dialog->abort = 1; });
+    shim.before("write", "dst", 2, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(shim.count("write", "dst"), 2);
     QCOMPARE(shim.count("read", "src"), 2);
@@ -758,9 +756,7 @@ void TestCopyFiles::endlessDeviceCanBeAborted()
     ::close(probe);
     FaultShim shim(dir.path());
     OperationRun run(OpCopyTo, {dir.path("src")}, dir.path("dst"));
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("read", "src", 10, [&] { dialog->abort = 1; });
+    shim.before("read", "src", 10, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(shim.count("read", "src"), 10);
     QCOMPARE(infoOf(dir.path("dst")).st_size, 10 * block);
@@ -1003,9 +999,7 @@ void TestCopyFiles::abortBetweenEntries()
     dir.folder("to");
     FaultShim shim(dir.path());
     OperationRun run(OpCopy, {dir.path("src")}, dir.path("to"));
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("fchmod", "*", 3, [&] { dialog->abort = 1; });
+    shim.before("fchmod", "*", 3, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(dir.tree("to/src").size(), 3);
     QCOMPARE(shim.shortCalls(true).constLast(), QString("closedir src"));

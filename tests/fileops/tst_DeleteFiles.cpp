@@ -391,9 +391,7 @@ void TestDeleteFiles::abortInTheMiddle()
     FaultShim shim(dir.path());
     OperationRun run(OpDelete, {dir.path("item")});
     run.answers.click("YesAll");
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("remove", "*", 4, [&] { dialog->abort = 1; });
+    shim.before("remove", "*", 4, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(dir.tree("item/sub").size(), 6);
     const QStringList calls = shim.shortCalls(true).filter(QRegularExpression("^(?!readdir)"));
@@ -409,9 +407,7 @@ void TestDeleteFiles::abortAfterTheLastEntry()
     FaultShim shim(dir.path());
     OperationRun run(OpDelete, {dir.path("item")});
     run.answers.click("Yes");
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("closedir", "item", 2, [&] { dialog->abort = 1; });
+    shim.before("closedir", "item", 2, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(dir.tree(), QStringList{"item/"});
     QCOMPARE(shim.count("remove", "item"), 0);

@@ -209,9 +209,7 @@ void TestProgressWorker::countListsNoFolderAfterAbort()
     dir.files("a", 10);
     FaultShim shim(dir.path());
     OperationRun run(OpDelete, {dir.path("a")});
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("lstat", "*", 4, [&] { dialog->abort = 1; });
+    shim.before("lstat", "*", 4, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(run.fileCount, 3); // the one at which it was said still counts
     QCOMPARE(run.folderCount, 0);
@@ -237,9 +235,7 @@ void TestProgressWorker::abortWhileCounting()
     const QStringList before = dir.tree();
     FaultShim shim(dir.path());
     OperationRun run(kind, {dir.path("one"), dir.path("two")}, dir.path("to/new/name"));
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("lstat", "one", 1, [&] { dialog->abort = 1; });
+    shim.before("lstat", "one", 1, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(shim.calls(), QStringList{"lstat one = 0"});
     QCOMPARE(dir.tree(), before);
@@ -326,9 +322,7 @@ void TestProgressWorker::copyResetsReplaceAll()
         FaultShim shim(dir.path());
         OperationRun run(kind, {dir.path("f")}, dir.path(kind == OpCopyTo ? "to/f" : "to"));
         dir.folder("to");
-        MProgress* dialog = nullptr;
-        run.atStart = [&](MProgress* started) { dialog = started; };
-        shim.before("lstat", "f", 1, [&] { dialog->replaceAll = 1; });
+        shim.before("lstat", "f", 1, [&] { run.dialog()->replaceAll = 1; });
         QVERIFY(run.run());
         QCOMPARE(run.replaceAll, 0);
     }
@@ -380,9 +374,7 @@ void TestProgressWorker::copyStopsBetweenItems()
     dir.folder("to");
     FaultShim shim(dir.path());
     OperationRun run(OpCopy, {dir.path("one"), dir.path("two")}, dir.path("to"));
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("close", "one", 1, [&] { dialog->abort = 1; });
+    shim.before("close", "one", 1, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(dir.tree("to"), QStringList{"one"});
     QCOMPARE(callsOf(shim).constLast(), QString("close one"));
@@ -537,9 +529,7 @@ void TestProgressWorker::moveStopsBetweenItems()
     dir.folder("to");
     FaultShim shim(dir.path());
     OperationRun run(OpMove, {dir.path("one"), dir.path("two")}, dir.path("to"));
-    MProgress* dialog = nullptr;
-    run.atStart = [&](MProgress* started) { dialog = started; };
-    shim.before("rename", "to/one", 1, [&] { dialog->abort = 1; });
+    shim.before("rename", "to/one", 1, [&] { run.abortNow(); });
     QVERIFY(run.run());
     QCOMPARE(dir.tree("to"), QStringList{"one"});
     QCOMPARE(run.done, 1);

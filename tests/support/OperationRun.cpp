@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QPointer>
 #include <QTest>
+#include <QThread>
 
 #include <ftw.h>
 #include <sys/fsuid.h>
@@ -35,6 +36,7 @@ OperationRun::OperationRun(int kind, const QStringList& items, const QString& de
 bool OperationRun::run()
 {
     const QPointer<MProgress> dialog = new MProgress(&m_panel, m_kind); // frees itself after exec()
+    m_dialog = dialog;
     QTimer patience;
     bool late = false;
     QObject::connect(&patience, &QTimer::timeout, [&] {
@@ -51,6 +53,19 @@ bool OperationRun::run()
     }
     note(*dialog);
     return QTest::qWaitFor([&] { return dialog.isNull(); }) && !late;
+}
+
+MProgress* OperationRun::dialog() const
+{
+    while (m_dialog == nullptr) {
+        QThread::yieldCurrentThread();
+    }
+    return m_dialog;
+}
+
+void OperationRun::abortNow()
+{
+    dialog()->abort = 1;
 }
 
 void OperationRun::note(const MProgress& dialog)

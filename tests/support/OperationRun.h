@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <atomic>
 #include <functional>
 
 class MProgress;
@@ -23,6 +24,11 @@ public:
     /// Makes the dialog, waits for its end, and for the end of its thread. Fails the test after a minute.
     /// @return whether it came to its end
     bool run();
+
+    /// @return the dialog, for any thread; waits until run() has got hold of it
+    MProgress* dialog() const;
+    /// What the dialog's button does, for any thread.
+    void abortNow();
 
     BoxAnswers answers;
     /// Called with the dialog before exec().
@@ -44,6 +50,7 @@ private:
     void note(const MProgress& dialog);
 
     int m_kind;
+    std::atomic<MProgress*> m_dialog{nullptr};
     QWidget m_panel;
 };
 
