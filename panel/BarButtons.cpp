@@ -1,16 +1,43 @@
 #include "panel/BarButtons.h"
 
 #include <QFontMetrics>
+#include <QKeySequence>
 #include <QPushButton>
+#include <QStyleOptionButton>
+#include <QStylePainter>
 
 #include <memory>
 
+namespace {
+
+/// A push button whose text is a name and shown as it is: an "&" marks no shortcut. It has no meta-object of
+/// its own, so that style sheets see a plain QPushButton.
+class NameButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QStylePainter painter(this);
+        QStyleOptionButton option;
+        initStyleOption(&option);
+        option.text.replace(QLatin1Char('&'), QLatin1String("&&"));
+        painter.drawControl(QStyle::CE_PushButton, option);
+    }
+};
+
+} // namespace
+
 QPushButton* makeBarButton(QWidget* bar, const QString& objectName, const QString& text, bool flat)
 {
-    auto* button = new QPushButton(bar);
+    auto* button = new NameButton(bar);
     button->setFlat(flat);
     button->setObjectName(objectName);
     button->setText(text);
+    button->setShortcut(QKeySequence()); // the one that the text has set
+    button->setAccessibleName(text);
     button->setAutoFillBackground(true);
     return button;
 }

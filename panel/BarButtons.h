@@ -15,6 +15,6 @@ class QWidget;
 /// @return average width of a digit in pixels, used for every character
 float averageDigitWidth(QWidget* bar, const QString& objectName, bool flat);
 
-/// Makes a button on a bar, not placed and not shown yet.
+/// Makes a button on a bar, not placed and not shown yet. Its text is shown as it is, "&" included.
 /// @return the button, owned by the bar
 QPushButton* makeBarButton(QWidget* bar, const QString& objectName, const QString& text, bool flat);
