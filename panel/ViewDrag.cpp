@@ -17,6 +17,18 @@ namespace {
 
 constexpr int nudgeMs = 100;
 
+/// All that a drag carries: the paths travel in the pending operation.
+const QString marker = QStringLiteral("BlahBlah");
+
+/// A drag of another program, and one that comes while a dialog stands, must not start an operation: the
+/// pending items are those of an earlier command, or of the operation that runs.
+bool isStranger(const QDropEvent* event)
+{
+    const QMimeData* data = event->mimeData();
+    return QApplication::activeModalWidget() != nullptr
+        || (!data->formats().isEmpty() && data->text() != marker);
+}
+
 /// The action of a drop: what the user holds decides, not what the source proposes.
 Qt::DropAction wantedAction(const QDropEvent* event)
 {
@@ -52,9 +64,9 @@ void ViewDrag::runDrag()
 {
     // Both are watched: the view, and with it its children, can go while the drag runs.
     const QPointer<QDrag> drag = new QDrag(view);
-    auto* marker = new QMimeData; // owned by the drag
-    marker->setText(QStringLiteral("BlahBlah"));
-    drag->setMimeData(marker);
+    auto* data = new QMimeData; // owned by the drag
+    data->setText(marker);
+    drag->setMimeData(data);
     const QPointer<QTimer> timer = new QTimer(view);
     QObject::connect(timer, SIGNAL(timeout()), view, SLOT(nudgeMouse()));
     timer->start(nudgeMs);
@@ -111,6 +123,11 @@ QModelIndex ViewDrag::endHover(QDropEvent* event)
 
 void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
 {
+    if (isStranger(event)) {
+        event->setDropAction(Qt::IgnoreAction);
+        event->ignore();
+        return;
+    }
     panel->gotDrop(event->dropAction(), target);
 }
 

@@ -40,7 +40,8 @@ public:
     void dragEntered(QDragEnterEvent* event) const;
     void dragHovers(QDragMoveEvent* event);
     void dragLeft(QDragLeaveEvent* event);
-    /// Ends a drag over the view.
+    /// Ends a drag over the view. What another program dragged is refused, as is everything while a modal
+    /// dialog stands.
     /// @param targetOf gives the target folder for the index under the pointer
     template <typename TargetOf>
     void dropped(QDropEvent* event, const TargetOf& targetOf)

@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QDialog>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -113,6 +114,9 @@ private slots:
     void refusedByNo();
     void dropIntoItself();
     void receivingPanelRunsTheCommand();
+    void dropOfAnotherProgram_data();
+    void dropOfAnotherProgram();
+    void dropWhileADialogStands();
 
 private:
     QAbstractItemView* view(bool inTree) const;
@@ -702,6 +706,47 @@ void TestViewDrag::receivingPanelRunsTheCommand()
     QCOMPARE(gsDropBase, otherDir.path());
     QCOMPARE(answers.seen().constFirst().parent, &other);
     QTRY_VERIFY(otherDir.exists(QStringLiteral("one.txt")));
+}
+
+void TestViewDrag::dropOfAnotherProgram_data()
+{
+    QTest::addColumn<bool>("inTree");
+    QTest::addColumn<QString>("type");
+    for (const bool inTree : {true, false}) {
+        const QByteArray name = inTree ? "tree, " : "listing, ";
+        QTest::newRow(name + "text") << inTree << "text/plain";
+        QTest::newRow(name + "files") << inTree << "text/uri-list";
+        QTest::newRow(name + "anything") << inTree << "application/x-anything";
+    }
+}
+
+void TestViewDrag::dropOfAnotherProgram()
+{
+    QFETCH(bool, inTree);
+    QFETCH(QString, type);
+    // What an earlier command left.
+    gslDragList = QStringList{dir->path(QStringLiteral("one.txt"))};
+    gsDropBase = QStringLiteral("before");
+    mime.clear();
+    mime.setData(type, "file:///one.txt\r\n");
+    BoxAnswers boxes; // meets none
+    QVERIFY(!drop(panel, inTree, placeOf(inTree, QStringLiteral("sub"))));
+    QCOMPARE(boxes.texts(), QStringList());
+    QCOMPARE(gsDropBase, QStringLiteral("before"));
+    QVERIFY(!(inTree ? panel->tree->delegate : panel->list->delegate)->dropTargetIndex.isValid());
+}
+
+void TestViewDrag::dropWhileADialogStands()
+{
+    gslDragList = QStringList{dir->path(QStringLiteral("one.txt"))};
+    gsDropBase = QStringLiteral("before");
+    QDialog dialog(&window->window);
+    dialog.setModal(true);
+    dialog.show();
+    BoxAnswers boxes; // meets none
+    QVERIFY(!drop(panel, false, placeOf(false, QStringLiteral("sub"))));
+    QCOMPARE(boxes.texts(), QStringList());
+    QCOMPARE(gsDropBase, QStringLiteral("before"));
 }
 
 VANTREL_TEST_MAIN(TestViewDrag)
