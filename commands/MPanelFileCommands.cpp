@@ -12,6 +12,12 @@
 #include "panel/SelectedRows.h"
 #include "panel/myFileSystemModel.h"
 
+#include <QFileInfo>
+#include <QPair>
+#include <QVector>
+
+#include <sys/stat.h>
+
 namespace {
 
 /// Asks, and runs the pending operation if the answer is Yes.
@@ -31,6 +37,36 @@ QString askDestination(QWidget* parent)
     dialog.exec();
     return dialog.destination;
 }
+
+/// The folders that the destination is in, itself included. Names do not tell: links and ".." lead to a
+/// folder by other ways. Of a destination that is still to be made, what is there of its path counts.
+class FoldersAbove
+{
+public:
+    explicit FoldersAbove(QString path)
+    {
+        struct stat info;
+        while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &info) != 0) {
+            path.truncate(path.lastIndexOf(QLatin1Char('/')));
+        }
+        QString folder = QFileInfo(path).canonicalFilePath();
+        while (!folder.isEmpty() && ::stat(folder.toUtf8().constData(), &info) == 0) {
+            m_folders.append({info.st_dev, info.st_ino});
+            folder = folder == QLatin1String("/") ? QString() : xs_UpOneLevel(folder);
+        }
+    }
+
+    /// @return whether the item is one of them. A link to one is not
+    bool contain(const QString& item) const
+    {
+        struct stat info;
+        return ::lstat(item.toUtf8().constData(), &info) == 0 && S_ISDIR(info.st_mode)
+            && m_folders.contains({info.st_dev, info.st_ino});
+    }
+
+private:
+    QVector<QPair<dev_t, ino_t>> m_folders;
+};
 
 /// @return path of an item once it is in the folder gsDropBase
 QString droppedPath(const QString& item)
@@ -95,13 +131,15 @@ void MPanel::copySelected(const QString& path)
 void MPanel::dropPending(int code)
 {
     const QStringList items = gslDragList;
+    const FoldersAbove above(gsDropBase);
     int samePlace = 0;
     int insideSource = 0;
     for (const QString& item : items) {
         const QString target = droppedPath(item);
         samePlace += target == item ? 1 : 0;
         // A plain prefix on purpose, without regard to "/": copying /a/b into /a/bc is refused as well.
-        insideSource += target.startsWith(item) ? 1 : 0;
+        // A copy of a folder into itself by another way would go on until the disk is full.
+        insideSource += target.startsWith(item) || above.contain(item) ? 1 : 0;
     }
     if (samePlace != 0) {
         return;

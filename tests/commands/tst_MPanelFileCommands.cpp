@@ -109,6 +109,8 @@ private slots:
 
     void dropChecks_data();
     void dropChecks();
+    void intoItselfByAnotherWay_data();
+    void intoItselfByAnotherWay();
     void dropOfNothing();
     void dropKeepsThePendingOperation();
     void dropCopyRuns();
@@ -680,6 +682,49 @@ void TestMPanelFileCommands::dropChecks()
             QCOMPARE(box.parent, static_cast<QWidget*>(panel));
             QVERIFY(box.modal);
         }
+    }
+}
+
+void TestMPanelFileCommands::intoItselfByAnotherWay_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<bool>("refused");
+    QTest::newRow("by a link") << "from/sub"
+                               << "link" << true;
+    QTest::newRow("below a link") << "from/sub"
+                                  << "link/deep" << true;
+    QTest::newRow("by the way up") << "from/sub"
+                                   << "to/../from/sub" << true;
+    QTest::newRow("to be made behind the way up") << "from/sub"
+                                                  << "to/../from/sub/new/newer" << true;
+    QTest::newRow("a folder around it") << "from"
+                                        << "link/deep" << true;
+    QTest::newRow("beside it by the way up") << "from/sub"
+                                             << "from/sub/../../to" << true; // by its name
+    QTest::newRow("elsewhere by the way up") << "from/sub"
+                                             << "from/../to" << false;
+    QTest::newRow("the link itself") << "link"
+                                     << "from/sub/deep" << false;
+    QTest::newRow("a file") << "from/a.txt"
+                            << "from/../from" << false;
+}
+
+void TestMPanelFileCommands::intoItselfByAnotherWay()
+{
+    QFETCH(QString, item);
+    QFETCH(QString, target);
+    QFETCH(bool, refused);
+    dir->folder(QStringLiteral("root/from/sub/deep"));
+    dir->link(QStringLiteral("root/link"), from + QStringLiteral("/sub"));
+    for (const int code : {CommandDropCopy, CommandDropMove}) {
+        gslDragList = QStringList{dir->path(QStringLiteral("root/") + item)};
+        gsDropBase = dir->path(QStringLiteral("root")) + QLatin1Char('/') + target;
+        BoxAnswers boxes;
+        boxes.click(refused ? QStringLiteral("OK") : no);
+        panel->DoAction(code, QString(), QString());
+        QCOMPARE(boxes.texts(),
+            QStringList{refused ? refusal : (code == CommandDropCopy ? intoFolder : moveInto) + gsDropBase});
     }
 }
 
