@@ -9,13 +9,14 @@
 namespace {
 
 /// @return a shown panel owned by @p window, at a place that holds until the window is first resized
-MPanel* makePanel(aVantrel* window, int x)
+MPanel* makePanel(aVantrel* window, int x, const QString& accessibleName)
 {
     auto* panel = new MPanel(window);
     panel->show();
     panel->setGeometry(x, 100, 500, 500);
     panel->setFrameShadow(QFrame::Sunken);
     panel->setFrameShape(QFrame::Panel);
+    panel->setAccessibleName(accessibleName); // which of the two a view or a bar belongs to
     return panel;
 }
 
@@ -29,8 +30,8 @@ aVantrel::aVantrel(QWidget* parent)
     gwMainframe = this;
     setWindowTitle(gsProduct);
     // The second panel comes first. That is wanted: while it is built there is no gwPanel1 yet.
-    gwPanel2 = makePanel(this, 700);
-    gwPanel1 = makePanel(this, 100);
+    gwPanel2 = makePanel(this, 700, QStringLiteral("Panel 2"));
+    gwPanel1 = makePanel(this, 100, QStringLiteral("Panel 1"));
     showMaximized();
 }
 

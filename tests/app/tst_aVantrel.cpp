@@ -196,6 +196,8 @@ void TestaVantrel::panelFrames()
 {
     const Window window;
     for (const MPanel* panel : {gwPanel1, gwPanel2}) {
+        QCOMPARE(panel->accessibleName(),
+            panel == gwPanel1 ? QStringLiteral("Panel 1") : QStringLiteral("Panel 2"));
         QCOMPARE(panel->frameShadow(), QFrame::Sunken);
         QCOMPARE(panel->frameShape(), QFrame::Panel);
         QVERIFY(panel->isVisible());
