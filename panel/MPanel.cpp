@@ -47,7 +47,7 @@ MPanel::MPanel(QWidget* parent)
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     list->setContextMenuPolicy(Qt::CustomContextMenu);
     connectViews();
-    parent->window()->installEventFilter(this);
+    window()->installEventFilter(this);
 }
 
 void MPanel::makeBars()
