@@ -68,6 +68,15 @@ private:
     QVector<QPair<dev_t, ino_t>> m_folders;
 };
 
+/// @return whether two paths lead to one folder that is there, however they are spelt
+bool isSameFolder(const QString& one, const QString& other)
+{
+    struct stat first;
+    struct stat second;
+    return ::stat(one.toUtf8().constData(), &first) == 0 && ::stat(other.toUtf8().constData(), &second) == 0
+        && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 /// @return path of an item once it is in the folder gsDropBase
 QString droppedPath(const QString& item)
 {
@@ -136,7 +145,9 @@ void MPanel::dropPending(int code)
     int insideSource = 0;
     for (const QString& item : items) {
         const QString target = droppedPath(item);
-        samePlace += target == item ? 1 : 0;
+        // By another spelling ("/a/b/..", "/a/", a link) the files would be replaced by themselves, and
+        // emptied.
+        samePlace += target == item || isSameFolder(gsDropBase, xs_UpOneLevel(item)) ? 1 : 0;
         // A plain prefix on purpose, without regard to "/": copying /a/b into /a/bc is refused as well.
         // A copy of a folder into itself by another way would go on until the disk is full.
         insideSource += target.startsWith(item) || above.contain(item) ? 1 : 0;

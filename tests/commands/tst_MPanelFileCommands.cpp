@@ -111,6 +111,8 @@ private slots:
     void dropChecks();
     void intoItselfByAnotherWay_data();
     void intoItselfByAnotherWay();
+    void ownFolderByAnotherWay_data();
+    void ownFolderByAnotherWay();
     void dropOfNothing();
     void dropKeepsThePendingOperation();
     void dropCopyRuns();
@@ -707,7 +709,7 @@ void TestMPanelFileCommands::intoItselfByAnotherWay_data()
     QTest::newRow("the link itself") << "link"
                                      << "from/sub/deep" << false;
     QTest::newRow("a file") << "from/a.txt"
-                            << "from/../from" << false;
+                            << "from/../to" << false;
 }
 
 void TestMPanelFileCommands::intoItselfByAnotherWay()
@@ -725,6 +727,30 @@ void TestMPanelFileCommands::intoItselfByAnotherWay()
         panel->DoAction(code, QString(), QString());
         QCOMPARE(boxes.texts(),
             QStringList{refused ? refusal : (code == CommandDropCopy ? intoFolder : moveInto) + gsDropBase});
+    }
+}
+
+void TestMPanelFileCommands::ownFolderByAnotherWay_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::newRow("the row that leads up") << "from/sub/..";
+    QTest::newRow("a slash at the end") << "from/";
+    QTest::newRow("a link") << "link";
+}
+
+void TestMPanelFileCommands::ownFolderByAnotherWay()
+{
+    QFETCH(QString, target);
+    dir->folder(QStringLiteral("root/from/sub"));
+    dir->file(QStringLiteral("root/from/one"), "1");
+    dir->link(QStringLiteral("root/link"), from);
+    for (const int code : {CommandDropCopy, CommandDropMove}) {
+        gslDragList = QStringList{from + QStringLiteral("/one")};
+        gsDropBase = dir->path(QStringLiteral("root")) + QLatin1Char('/') + target;
+        const BoxAnswers boxes; // none is expected
+        panel->DoAction(code, QString(), QString());
+        QVERIFY(boxes.seen().isEmpty());
+        QCOMPARE(dir->read(QStringLiteral("root/from/one")), QByteArray("1"));
     }
 }
 
