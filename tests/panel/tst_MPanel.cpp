@@ -970,7 +970,8 @@ void TestMPanel::tenThousandFolderChanges()
     change(changes / 2);
     QVERIFY2(qAbs(panel->findChildren<QObject*>().size() - children) <= 2,
         QByteArray::number(panel->findChildren<QObject*>().size() - children).constData());
-    QTRY_VERIFY2(qAbs(objectCount()) <= 4, QByteArray::number(objectCount()).constData());
+    // The reading threads, eight at most, are objects as well and come when the machine is busy.
+    QTRY_VERIFY2(qAbs(objectCount()) <= 16, QByteArray::number(objectCount()).constData());
     QVERIFY2(descriptorCount() <= descriptors + 2,
         QByteArray::number(descriptorCount() - descriptors).constData());
     QVERIFY2(threadCount() <= qMax(threads, 12), QByteArray::number(threadCount() - threads).constData());
