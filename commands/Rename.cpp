@@ -6,6 +6,17 @@
 #include <QDir>
 #include <QFileInfo>
 
+namespace {
+
+/// @return whether a link has the name. QDir takes a broken one for nothing, and where a name turns out to be
+///         taken its rename() copies the file to wherever the link leads and removes it here.
+bool isLink(const QDir& dir, const QString& name)
+{
+    return QFileInfo(dir, name).isSymLink();
+}
+
+} // namespace
+
 Rename::Rename(QWidget* parent, const QString& path)
     : QDialog(parent)
     , m_ui(std::make_unique<Ui::Rename>())
@@ -58,7 +69,8 @@ void Rename::renameItem()
     } else if (!QFileInfo(m_folder).isWritable()) {
         criticalBox(
             this, title, QStringLiteral("Permission denied to make changes in directory:\n") + m_folder);
-    } else if (!m_newName.isEmpty() && !m_oldName.isEmpty() && dir.rename(m_oldName, m_newName)) {
+    } else if (!m_newName.isEmpty() && !m_oldName.isEmpty() && !isLink(dir, m_newName)
+        && dir.rename(m_oldName, m_newName)) {
         close();
     } else {
         criticalBox(this, title, QStringLiteral("Failed to rename:\n") + m_oldName);

@@ -212,6 +212,23 @@ private slots:
         QCOMPARE(dir.read(QStringLiteral("corrected")), QByteArray("abc"));
     }
 
+    void nameOfABrokenLinkIsRefused()
+    {
+        TestDir dir;
+        dir.file(QStringLiteral("file"), "abc");
+        dir.link(QStringLiteral("link"), QStringLiteral("elsewhere"));
+        BoxAnswers answers;
+        answers.click(ok);
+        Rename dialog(nullptr, dir.path(QStringLiteral("file")));
+        dialog.show();
+        press(dialog, QStringLiteral("link"));
+        compareBoxes(answers, dialog, {QStringLiteral("Failed to rename:\nfile")});
+        QVERIFY(dialog.isVisible());
+        QVERIFY(!dir.exists(QStringLiteral("elsewhere")));
+        QVERIFY(QFileInfo(dir.path(QStringLiteral("link"))).isSymLink());
+        QCOMPARE(dir.read(QStringLiteral("file")), QByteArray("abc"));
+    }
+
     void readOnlyFolderIsRefused()
     {
         TestDir dir;
