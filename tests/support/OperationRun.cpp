@@ -52,6 +52,8 @@ bool OperationRun::run()
         return false;
     }
     note(*dialog);
+    // Like the event loop, to which control would be back now.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return QTest::qWaitFor([&] { return dialog.isNull(); }) && !late;
 }
 
