@@ -39,9 +39,9 @@ WalkEntries::WalkEntries(const WalkEntries& parent, bool keepOpen, const std::at
 }
 
 WalkEntries::WalkEntries(
-    FolderListing listing, QByteArray path, bool keepOpen, const std::atomic<int>& running)
+    FolderListing listing, const QByteArray& path, bool keepOpen, const std::atomic<int>& running)
     : m_listing(std::move(listing))
-    , m_path(path.endsWith('/') ? std::move(path) : std::move(path) + '/')
+    , m_path(path.endsWith('/') ? path : path + '/')
     , m_folderLength(m_path.size())
 {
     if (!m_listing->isOpen()) {

@@ -47,7 +47,8 @@ public:
     std::optional<Facts> facts();
 
 private:
-    WalkEntries(FolderListing listing, QByteArray path, bool keepOpen, const std::atomic<int>& running);
+    WalkEntries(
+        FolderListing listing, const QByteArray& path, bool keepOpen, const std::atomic<int>& running);
 
     void append(const dirent& entry);
     /// Of the current entry: what its path relative to openFolder() is.
