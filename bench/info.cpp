@@ -92,7 +92,8 @@ void countByDialog(const QString& tree, TreeTotals& totals)
     totals = {dialog.folderCount, dialog.fileCount, dialog.byteCount};
 }
 
-void walkByFts(const QString& tree)
+/// @return sum of all sizes, so that nothing of the walk is left out by the compiler
+qint64 walkByFts(const QString& tree)
 {
     QByteArray path = QFile::encodeName(tree);
     char* paths[] = {path.data(), nullptr};
@@ -102,6 +103,7 @@ void walkByFts(const QString& tree)
         bytes += entry->fts_statp->st_size;
     }
     ::fts_close(walk);
+    return bytes;
 }
 
 void sumByDialog(const QString& file)
