@@ -20,7 +20,8 @@ function(vantrel_compiler_options target)
         QT_DISABLE_DEPRECATED_BEFORE=0x050F00 _FILE_OFFSET_BITS=64)
     if(VANTREL_SANITIZE)
         # The checks that the sanitizers put in lead these warnings astray.
-        target_compile_options(${target} PRIVATE -Wno-null-dereference -Wno-maybe-uninitialized)
+        target_compile_options(${target} PRIVATE -Wno-null-dereference
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_compile_options(${target} PRIVATE -fsanitize=${VANTREL_SANITIZE} -fno-omit-frame-pointer
             -fno-sanitize-recover=undefined)
         target_link_options(${target} PRIVATE -fsanitize=${VANTREL_SANITIZE})

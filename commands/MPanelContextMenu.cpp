@@ -3,6 +3,7 @@
 #include "panel/MPanel.h"
 
 #include "app/aGlobal.h"
+#include "commands/MenuFilter.h"
 #include "panel/MList.h"
 #include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
@@ -10,24 +11,6 @@
 #include <QMenu>
 
 namespace {
-
-/// @return "|suffix|" in lower case, empty for a path that ends in a dot. The search for the dot runs over
-/// the whole
-///         path on purpose, so one in a folder's name counts too.
-QString suffixPattern(const QString& path)
-{
-    const QString suffix = path.mid(path.lastIndexOf(QLatin1Char('.')) + 1).toLower();
-    return suffix.isEmpty() ? suffix : QLatin1Char('|') + suffix + QLatin1Char('|');
-}
-
-/// @param pattern suffix pattern of a file; the empty one is found in every entry's types on purpose
-bool isOffered(const LSMENU& entry, bool isFolder, const QString& pattern)
-{
-    if (isFolder) {
-        return entry.types.contains(QLatin1String("|.|"));
-    }
-    return entry.types.contains(QLatin1String("|*|")) || entry.types.indexOf(pattern) >= 0;
-}
 
 void addEntry(QMenu& menu, const LSMENU& entry)
 {

@@ -3,7 +3,7 @@
 #include "panel/MPanel.h"
 
 #include "app/MessageBoxes.h"
-#include "app/TextHelpers.h"
+#include "panel/CommandWords.h"
 
 #include <QDir>
 #include <QProcess>
@@ -39,13 +39,8 @@ bool startProgram(const QString& program, const QStringList& arguments, const QS
 void MPanel::Launcher(
     const QString& command, const QString& arg1, const QString& arg2, const QString& workdir)
 {
-    static const QString blank = QStringLiteral(" ");
-    QString rest = command;
-    const QString program = xs_tok(rest, blank);
-    QStringList arguments;
-    while (!rest.isEmpty()) {
-        arguments.append(xs_tok(rest, blank));
-    }
+    QStringList arguments = commandWords(command);
+    const QString program = arguments.takeFirst();
     for (const QString& extra : {arg1, arg2}) {
         if (!extra.isEmpty()) {
             arguments.append(extra);
