@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <map>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -56,7 +57,7 @@ thread_local bool inside = false;
 /// Never freed: other libraries still close files after the end of main().
 State& state()
 {
-    static State* const only = new State;
+    static auto* const only = new State;
     return *only;
 }
 
@@ -228,9 +229,9 @@ void forget(Map& map, Key key)
 
 std::string octal(mode_t mode)
 {
-    char text[16];
-    ::snprintf(text, sizeof text, " 0%o", static_cast<unsigned>(mode));
-    return text;
+    std::ostringstream text;
+    text << " 0" << std::oct << mode;
+    return text.str();
 }
 
 std::string number(long value)
@@ -265,6 +266,12 @@ struct FromEnvironment
         addRules(rules == nullptr ? "" : rules);
     }
 
+    /// @return the number; 0 where the text begins with none
+    static int toInt(const std::string& text)
+    {
+        return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+    }
+
     static void addRules(std::string text)
     {
         while (!text.empty()) {
@@ -280,8 +287,8 @@ struct FromEnvironment
                 }
             }
             if (fields.size() == 5) {
-                faultshim_fail(fields[0].c_str(), fields[1].c_str(), std::atoi(fields[2].c_str()),
-                    std::atoi(fields[3].c_str()), std::atoi(fields[4].c_str()));
+                faultshim_fail(fields[0].c_str(), fields[1].c_str(), toInt(fields[2]), toInt(fields[3]),
+                    toInt(fields[4]));
             }
         }
     }
