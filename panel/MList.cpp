@@ -1,6 +1,7 @@
 #include "panel/MList.h"
 
 #include "app/aGlobal.h"
+#include "panel/AccessibleList.h"
 #include "panel/MPanel.h"
 #include "panel/SelectedRows.h"
 #include "panel/myDelegate.h"
@@ -26,6 +27,7 @@ MList::MList(MPanel* owner)
     : QTableView(owner)
     , ViewDrag(this, new myDelegate(this), owner)
 {
+    AccessibleList::install(); // before anything is told to assistive technology
     setDragEnabled(true);
     setAcceptDrops(true);
     setDropIndicatorShown(true);
@@ -75,6 +77,19 @@ void MList::mouseMoveEvent(QMouseEvent* event)
             }
         });
     });
+}
+
+void MList::openCurrent()
+{
+    if (currentIndex().isValid()) {
+        panel->on_ListView_DoubleClicked(currentIndex());
+    }
+}
+
+void MList::showMenuOfCurrent()
+{
+    scrollTo(currentIndex());
+    emit customContextMenuRequested(visualRect(currentIndex()).center());
 }
 
 void MList::nudgeMouse()

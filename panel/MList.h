@@ -29,6 +29,10 @@ public:
 public slots:
     void nudgeMouse();
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    /// Opens the current row, as a double-click on it does.
+    void openCurrent();
+    /// Opens the context menu of the current row, as a right click on it does.
+    void showMenuOfCurrent();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

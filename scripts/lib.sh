@@ -21,7 +21,7 @@ PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
 PACKAGES_FORMAT="clang-format"
 PACKAGES_LINT="clang-tidy clazy shellcheck python3 python3-pyflakes"
 PACKAGES_FUZZ="clang libclang-rt-14-dev"
-PACKAGES_TEST="python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth"
+PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth"
 
 say() {
     printf '%s\n' "$*"

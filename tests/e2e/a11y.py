@@ -12,6 +12,7 @@ _ATSPI = "org.a11y.atspi."
 _ROOT = ("org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
 _NULL = "/org/a11y/atspi/null"
 _TIMEOUT_MS = 20000
+_LABELLED_BY = 2
 
 _STATES = {"active": 1, "checked": 4, "enabled": 8, "expanded": 10, "focused": 12, "modal": 16, "selected": 23,
            "showing": 25, "visible": 30, "read-only": 43, "default": 39}
@@ -102,6 +103,10 @@ class Accessible:
         return _call(_bus, self.bus_name, self.path, _PROPERTIES, "Get",
                      GLib.Variant("(ss)", (_ATSPI + interface, name)))[0]
 
+    def _reference(self, *question):
+        found = Accessible(*self._ask(*question)[0])
+        return None if found.path == _NULL else found
+
     @property
     def name(self):
         return self._property("Accessible", "Name")
@@ -136,6 +141,64 @@ class Accessible:
         """What is at that place of the screen inside of this, or None."""
         child = Accessible(*self._ask("Component", "GetAccessibleAtPoint", "(iiu)", (x, y, 0))[0])
         return None if child.path == _NULL else child
+
+    @property
+    def description(self):
+        return self._property("Accessible", "Description")
+
+    # --- A table.
+
+    @property
+    def size(self):
+        """Number of rows and columns."""
+        return self._property("Table", "NRows"), self._property("Table", "NColumns")
+
+    def cell(self, row, column):
+        return self._reference("Table", "GetAccessibleAt", "(ii)", (row, column))
+
+    def column_header(self, column):
+        return self._ask("Table", "GetColumnDescription", "(i)", (column,))[0]
+
+    def child_at(self, index):
+        return self._reference("Accessible", "GetChildAtIndex", "(i)", (index,))
+
+    def index_of(self, row, column):
+        """The number of a cell among all children."""
+        return self._ask("Table", "GetIndexAt", "(ii)", (row, column))[0]
+
+    def row_of(self, index):
+        return self._ask("Table", "GetRowAtIndex", "(i)", (index,))[0]
+
+    def column_of(self, index):
+        return self._ask("Table", "GetColumnAtIndex", "(i)", (index,))[0]
+
+    @property
+    def selected_rows(self):
+        return self._ask("Table", "GetSelectedRows")[0]
+
+    def select_row(self, row, on=True):
+        return self._ask("Table", "AddRowSelection" if on else "RemoveRowSelection", "(i)", (row,))[0]
+
+    # --- What can be done.
+
+    @property
+    def actions(self):
+        return [action[0] for action in self._ask("Action", "GetActions")[0]]
+
+    def do(self, action):
+        """Does an action by its name."""
+        return self._ask("Action", "DoAction", "(i)", (self.actions.index(action),))[0]
+
+    def grab_focus(self):
+        return self._ask("Component", "GrabFocus")[0]
+
+    def set_text(self, text):
+        return self._ask("EditableText", "SetTextContents", "(s)", (text,))[0]
+
+    def labels(self):
+        """What names it, by relation."""
+        return [Accessible(*target) for kind, targets in self._ask("Accessible", "GetRelationSet")[0]
+                if kind == _LABELLED_BY for target in targets]
 
     @property
     def text(self):
