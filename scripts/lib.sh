@@ -109,7 +109,7 @@ own_sources() {
 
 # own_scripts: prints the shell scripts of the project, one a line, from its root.
 own_scripts() {
-    (cd "$ROOT" && find scripts .ci tests packaging -type f 2>/dev/null | LC_ALL=C sort | while IFS= read -r file; do
+    (cd "$ROOT" && find scripts .ci tests setup packaging -type f 2>/dev/null | LC_ALL=C sort | while IFS= read -r file; do
         case $(head -c 64 "$file" | head -n 1 | tr -d '\0') in
         '#!/bin/sh'* | '#!/bin/bash'* | '#!/usr/bin/env bash'* | '# shellcheck shell='*) printf '%s\n' "$file" ;;
         esac
