@@ -51,9 +51,9 @@ private:
 namespace {
 
 /// What the shell does itself, and programs that every Debian system has.
-const QStringList everywhere{"[", ":", "cd", "exec", "exit", "printf", "read", "set", "sh", "chmod", "chown", "date",
-    "diff", "du", "expr", "find", "grep", "gzip", "head", "ln", "ls", "lsblk", "mkdir", "od", "rm", "rmdir",
-    "sed", "sha256sum", "sort", "tar"};
+const QStringList everywhere{"[", ":", "cd", "exec", "exit", "printf", "read", "set", "sh", "chmod", "chown",
+    "date", "diff", "du", "expr", "find", "grep", "gzip", "head", "ln", "ls", "lsblk", "mkdir", "od", "rm",
+    "rmdir", "sed", "sha256sum", "sort", "tar"};
 
 const QString ifs = QStringLiteral("${IFS}");
 

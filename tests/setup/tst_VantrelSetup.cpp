@@ -1,0 +1,604 @@
+#include "app/ReadConfig.h"
+#include "app/aGlobal.h"
+#include "tests/support/AsNobody.h"
+#include "tests/support/Recipes.h"
+#include "tests/support/Settings.h"
+#include "tests/support/TestDir.h"
+#include "tests/support/TestMain.h"
+
+#include <QDate>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <memory>
+
+/// vantrel-setup, run as a program in a home folder of its own.
+class TestVantrelSetup : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup() { dir.reset(); }
+
+    void writesSettings();
+    void settingsAreRead_data();
+    void settingsAreRead();
+    void printsTheSame();
+    void refusesWhatIsThere_data();
+    void refusesWhatIsThere();
+    void forceKeepsACopy();
+    void forceWritesThroughALink();
+    void forceWithoutSettings();
+
+    void style_data();
+    void style();
+    void drives();
+    void takesWhatIsThere();
+    void saysWhatItLeavesOut();
+    void takesOneOfEachName();
+    void commandOfTheShellIsNoProgram();
+    void separatorsStandBetweenMenuSections();
+    void without();
+    void list();
+
+    void wrongUse_data();
+    void wrongUse();
+    void help();
+    void badRecipes_data();
+    void badRecipes();
+    void badHome_data();
+    void badHome();
+    void unwritableHome();
+    void fullDisk();
+    void shortFile();
+    void fullOutput_data();
+    void fullOutput();
+    void endedInBetween();
+    void installed();
+
+private:
+    struct Run
+    {
+        int status = -1;
+        QString output;
+        QString errors;
+    };
+    Run run(const QStringList& arguments = QStringList(), const QString& shell = QString()) const;
+    void readSettings() const { ReadConfig(dir->path(QStringLiteral("home/.Vantrel"))); }
+    void tool(const QString& name) const;
+    QString recipeFile(const QByteArray& content) const;
+
+    std::unique_ptr<TestDir> dir;
+    QString program;
+    QProcessEnvironment environment;
+};
+
+namespace {
+
+/// Three recipes: one that needs nothing, one with two ways, one whose program is nowhere.
+const QByteArray threeRecipes = "# A comment\n"
+                                "#: section Panels\n\n"
+                                "#: recipe arrangement\n#: gives Panels one above the other\nwindow=2\n\n"
+                                "#: section Menu\n\n"
+                                "#: recipe look\n#: gives Looks\n#: needs looker-one from one-package\n"
+                                "menu=sendto=*=Look=looker-one\n\n"
+                                "#: recipe look\n#: gives Looks\n#: needs looker-two from two-package\n"
+                                "menu=sendto=*=Look=looker-two\n\n"
+                                "#: recipe both\n#: gives Does both\n#: needs looker-two from two-package\n"
+                                "#: needs nowhere from no-package\nmenu=sendto=*=Both=looker-two\n";
+
+} // namespace
+
+void TestVantrelSetup::init()
+{
+    resetSettings();
+    dir = std::make_unique<TestDir>();
+    dir->folder(QStringLiteral("home"));
+    dir->folder(QStringLiteral("bin"));
+    program = projectFile(QStringLiteral("setup/vantrel-setup"));
+    environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), dir->path(QStringLiteral("home")));
+    environment.insert(QStringLiteral("VANTREL_MOUNTS"), dir->file(QStringLiteral("mounts")));
+}
+
+/// @param shell what runs instead; "$0" is the program there, and "$@" its arguments
+TestVantrelSetup::Run TestVantrelSetup::run(const QStringList& arguments, const QString& shell) const
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(dir->path());
+    const QString script = shell.isEmpty() ? QStringLiteral("exec \"$0\" \"$@\"") : shell;
+    process.start(QStringLiteral("/bin/sh"), QStringList{"-c", script, program} + arguments);
+    Run result;
+    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
+        result.status = process.exitCode();
+    }
+    result.output = QString::fromUtf8(process.readAllStandardOutput());
+    result.errors = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+/// Makes the folder of stand-ins the whole path, with links to what the set-up itself needs, and adds a
+/// program.
+void TestVantrelSetup::tool(const QString& name) const
+{
+    for (const char* own :
+        {"awk", "cat", "cmp", "cp", "date", "ln", "mv", "readlink", "rm", "sed", "sh", "sort"}) {
+        const QString link = QStringLiteral("bin/") + QLatin1String(own);
+        if (!dir->exists(link)) {
+            dir->link(link, QStandardPaths::findExecutable(QLatin1String(own)));
+        }
+    }
+    dir->file(QStringLiteral("bin/") + name, "#!/bin/sh\n", 0755);
+}
+
+QString TestVantrelSetup::recipeFile(const QByteArray& content) const
+{
+    return dir->file(QStringLiteral("own recipes"), content);
+}
+
+void TestVantrelSetup::writesSettings()
+{
+    const Run result = run();
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.status, 0);
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList{".Vantrel"});
+    QVERIFY(result.output.startsWith(
+        QStringLiteral("Wrote %1 with ").arg(dir->path(QStringLiteral("home/.Vantrel")))));
+    // An ordinary new file, not one that only its owner may read.
+    QVERIFY(QFileInfo(dir->path(QStringLiteral("home/.Vantrel")))
+                .permission(QFile::ReadOther | QFile::WriteOwner));
+}
+
+void TestVantrelSetup::settingsAreRead_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::newRow("light") << QStringLiteral("--light");
+    QTest::newRow("dark") << QStringLiteral("--dark");
+}
+
+void TestVantrelSetup::settingsAreRead()
+{
+    QFETCH(QString, option);
+    QCOMPARE(run({option}).status, 0);
+    for (const char c : dir->read(QStringLiteral("home/.Vantrel"))) {
+        QVERIFY(c == '\n' || (c >= ' ' && c <= '~'));
+    }
+    readSettings();
+    QCOMPARE(drivesAsText(), QDir::homePath() + QStringLiteral(">Home,/>Root"));
+    QVERIFY(!gsNoRecurse.isEmpty());
+    QVector<int> builtIn{CommandProperties, CommandTotalSize, CommandChecksum, CommandNewDir, CommandRename,
+        CommandCopy, CommandDelete, CommandClipboard, CommandExecute};
+    for (const LSMENU& entry : qAsConst(gstMenu)) {
+        QVERIFY2(entry.code != CommandUnknown, qPrintable(entry.label));
+        builtIn.removeAll(entry.code);
+    }
+    QCOMPARE(builtIn, QVector<int>());
+}
+
+void TestVantrelSetup::printsTheSame()
+{
+    const Run printed = run({"--print"});
+    QCOMPARE(printed.status, 0);
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+    QCOMPARE(run().status, 0);
+    QCOMPARE(printed.output.toUtf8(), dir->read(QStringLiteral("home/.Vantrel")));
+}
+
+void TestVantrelSetup::refusesWhatIsThere_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QStringList>("options");
+    QTest::newRow("file") << QStringLiteral("file") << QStringList();
+    QTest::newRow("link to nothing") << QStringLiteral("link") << QStringList();
+    QTest::newRow("folder") << QStringLiteral("folder") << QStringList();
+    QTest::newRow("folder, forced") << QStringLiteral("folder") << QStringList{"--force"};
+    QTest::newRow("pipe, forced") << QStringLiteral("pipe") << QStringList{"--force"};
+}
+
+void TestVantrelSetup::refusesWhatIsThere()
+{
+    QFETCH(QString, kind);
+    QFETCH(QStringList, options);
+    const QString settings = QStringLiteral("home/.Vantrel");
+    if (kind == QLatin1String("file")) {
+        dir->file(settings, "drive=/mine=Mine\n");
+    } else if (kind == QLatin1String("link")) {
+        dir->link(settings, dir->path(QStringLiteral("nothing")));
+    } else if (kind == QLatin1String("folder")) {
+        dir->folder(settings);
+    } else {
+        dir->fifo(settings);
+    }
+    const QStringList before = dir->tree();
+    const Run result = run(options);
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(dir->path(settings)), qPrintable(result.errors));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(dir->tree(), before);
+    QVERIFY(kind != QLatin1String("file") || dir->read(settings) == "drive=/mine=Mine\n");
+}
+
+void TestVantrelSetup::forceKeepsACopy()
+{
+    const QByteArray today = QDate::currentDate().toString(Qt::ISODate).toUtf8();
+    dir->file(QStringLiteral("home/.Vantrel"), "first\n");
+    const Run first = run({"--force"});
+    QCOMPARE(first.status, 0);
+    dir->file(QStringLiteral("home/.Vantrel"), "second\n");
+    QCOMPARE(run({"--force"}).status, 0);
+    const QStringList names = dir->tree(QStringLiteral("home"));
+    QCOMPARE(names.size(), 3);
+    // Midnight may pass between the two.
+    QVERIFY(names.at(1).startsWith(QStringLiteral(".Vantrel.2")));
+    QVERIFY(QDate::currentDate().toString(Qt::ISODate).toUtf8() != today
+        || names.mid(1) == QStringList({".Vantrel." + today, ".Vantrel." + today + ".2"}));
+    QCOMPARE(dir->read(QStringLiteral("home/") + names.at(1)), QByteArray("first\n"));
+    QCOMPARE(dir->read(QStringLiteral("home/") + names.at(2)), QByteArray("second\n"));
+    QVERIFY(first.output.contains(dir->path(QStringLiteral("home/") + names.at(1))));
+    QVERIFY(dir->read(QStringLiteral("home/.Vantrel")).contains("menu="));
+}
+
+void TestVantrelSetup::forceWritesThroughALink()
+{
+    dir->file(QStringLiteral("kept elsewhere"), "mine\n");
+    dir->link(QStringLiteral("home/.Vantrel"), QStringLiteral("../kept elsewhere"));
+    QCOMPARE(run({"--force"}).status, 0);
+    const QStringList names = dir->tree(QStringLiteral("home"));
+    QCOMPARE(names.size(), 2);
+    QVERIFY(names.at(0).startsWith(QStringLiteral(".Vantrel.2")));
+    QCOMPARE(dir->read(QStringLiteral("home/") + names.at(0)), QByteArray("mine\n"));
+    QCOMPARE(names.at(1), QStringLiteral(".Vantrel@"));
+    QVERIFY(dir->read(QStringLiteral("kept elsewhere")).contains("menu="));
+    QCOMPARE(dir->tree().filter(QStringLiteral(".new.")), QStringList());
+}
+
+void TestVantrelSetup::forceWithoutSettings()
+{
+    QCOMPARE(run({"--force"}).status, 0);
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList{".Vantrel"});
+}
+
+void TestVantrelSetup::style_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("example");
+    QTest::newRow("none") << QStringList() << QStringLiteral("Vantrel.starter");
+    QTest::newRow("light") << QStringList{"--light"} << QStringLiteral("Vantrel.starter");
+    QTest::newRow("dark") << QStringList{"--dark"} << QStringLiteral("Vantrel.dark");
+    QTest::newRow("the last counts") << QStringList{"--dark", "--light"} << QStringLiteral("Vantrel.starter");
+}
+
+void TestVantrelSetup::style()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, example);
+    QCOMPARE(run(options).status, 0);
+    readSettings();
+    const QString written = gsAppStyleSheet;
+    ReadConfig(projectFile(QStringLiteral("examples/") + example));
+    QVERIFY(written.size() > 1000);
+    QCOMPARE(written, gsAppStyleSheet);
+}
+
+void TestVantrelSetup::drives()
+{
+    dir->file(QStringLiteral("mounts"),
+        "proc /proc proc rw 0 0\n"
+        "/dev/sda1 / ext4 rw 0 0\n"
+        "/dev/sdb1 /media/me/My\\040Stick vfat rw 0 0\n"
+        "/dev/sdc1 /run/media/me/back\\134slash ext4 rw 0 0\n"
+        "/dev/sdd1 /mnt ext4 rw 0 0\n"
+        "/dev/sde1 /media/disk ext4 rw 0 0\n"
+        "/dev/sde1 /media/disk ext4 rw 0 0\n"
+        "/dev/sdf1 /mnt/disk ext4 rw 0 0\n"
+        "/dev/sdg1 /media/a\\075b ext4 rw 0 0\n"
+        "/dev/sdh1 /media/end\\040 ext4 rw 0 0\n"
+        "/dev/sdi1 /media/line\\012 ext4 rw 0 0\n"
+        "/dev/sdj1 /home ext4 rw 0 0\n"
+        "/dev/sdk1 /mntal ext4 rw 0 0\n"
+        "server:/media/x /srv nfs rw 0 0\n"
+        "/dev/sdl1 /media/Root ext4 rw 0 0\n");
+    const Run result = run();
+    QCOMPARE(result.status, 0);
+    readSettings();
+    QCOMPARE(drivesAsText(),
+        QDir::homePath()
+            + QStringLiteral(
+                ">Home,/>Root,/media/Root>/media/Root,/media/disk>disk,/media/me/My Stick>My Stick,"
+                "/mnt>mnt,/mnt/disk>/mnt/disk,/run/media/me/back\\slash>back\\slash"));
+    const QString told = result.output.section(QStringLiteral("no drive line can hold:"), 1);
+    QCOMPARE(told.split(QLatin1Char('\n'), Qt::SkipEmptyParts),
+        (QStringList{"  /media/a\\075b", "  /media/end\\040", "  /media/line\\012"}));
+    QVERIFY(gsNoRecurse.contains(QStringLiteral("run(?!/media")));
+}
+
+void TestVantrelSetup::takesWhatIsThere()
+{
+    tool(QStringLiteral("looker-two"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const Run result = run({"--recipes", recipeFile(threeRecipes)});
+    QCOMPARE(result.errors, QString());
+    QCOMPARE(result.status, 0);
+    readSettings();
+    QCOMPARE(giWindowArrange, 2);
+    QCOMPARE(gstMenu.size(), 1);
+    QCOMPARE(gstMenu.constFirst().command, QStringLiteral("looker-two"));
+    QVERIFY(result.output.contains(QStringLiteral(" with 2 recipes.")));
+}
+
+void TestVantrelSetup::saysWhatItLeavesOut()
+{
+    tool(QStringLiteral("other"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const QString recipes = recipeFile(threeRecipes);
+    const Run result = run({"--recipes=" + recipes});
+    QCOMPARE(result.status, 0);
+    const QString told = result.output.section(QStringLiteral("bring what is missing:\n"), 1);
+    QCOMPARE(told.split(QLatin1Char('\n'), Qt::SkipEmptyParts),
+        (QStringList{"  look                Looks: one-package or two-package",
+            "  both                Does both: two-package, no-package"}));
+    // Printed settings are not mixed with it.
+    const Run printed = run({"--print", "--recipes", recipes});
+    QVERIFY(printed.errors.contains(told));
+    QVERIFY(!printed.output.contains(QStringLiteral("one-package")));
+}
+
+void TestVantrelSetup::takesOneOfEachName()
+{
+    tool(QStringLiteral("looker-one"));
+    tool(QStringLiteral("looker-two"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const Run result = run({"--recipes", recipeFile(threeRecipes)});
+    QCOMPARE(result.status, 0);
+    readSettings();
+    QCOMPARE(gstMenu.size(), 1);
+    QCOMPARE(gstMenu.constFirst().command, QStringLiteral("looker-one"));
+    QVERIFY(!result.output.contains(QStringLiteral("Looks")));
+}
+
+void TestVantrelSetup::commandOfTheShellIsNoProgram()
+{
+    tool(QStringLiteral("other"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const Run result = run({"--list", "--recipes",
+        recipeFile("#: recipe a\n#: gives A\n#: needs export from b\nmenu=terminal=.=A=export\n")});
+    QVERIFY2(
+        result.output.startsWith(QStringLiteral("a                   missing ")), qPrintable(result.output));
+}
+
+void TestVantrelSetup::separatorsStandBetweenMenuSections()
+{
+    const QString recipes = recipeFile("#: section One\n#: recipe w\n#: gives W\nwindow=1\n"
+                                       "#: section Two\n#: recipe a\n#: gives A\nmenu=copy=*=A=\n"
+                                       "#: section Three\n#: recipe b\n#: gives B\n#: needs nowhere from p\n"
+                                       "menu=sendto=*=B=nowhere\n"
+                                       "#: section Four\n#: recipe c\n#: gives C\nmenu=copy=*=C=\n"
+                                       "#: recipe d\n#: gives D\nmenu=copy=*=D=\n");
+    QCOMPARE(run({"--recipes", recipes}).status, 0);
+    readSettings();
+    QStringList labels;
+    for (const LSMENU& entry : qAsConst(gstMenu)) {
+        labels.append(entry.code == CommandSeparator ? QStringLiteral("-") : entry.label);
+    }
+    QCOMPARE(labels, (QStringList{"A", "-", "C", "D"}));
+    const QByteArray text = dir->read(QStringLiteral("home/.Vantrel"));
+    QVERIFY(text.contains("# --- Four\n") && !text.contains("# --- Three\n"));
+}
+
+void TestVantrelSetup::without()
+{
+    tool(QStringLiteral("looker-one"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const Run result
+        = run({"--without", "arrangement", "--without=look", "--recipes", recipeFile(threeRecipes)});
+    QCOMPARE(result.status, 0);
+    readSettings();
+    QCOMPARE(giWindowArrange, 0);
+    QCOMPARE(gstMenu.size(), 0);
+    QVERIFY(!result.output.contains(QStringLiteral("Looks")));
+}
+
+void TestVantrelSetup::list()
+{
+    tool(QStringLiteral("looker-one"));
+    tool(QStringLiteral("looker-two"));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    const Run result = run({"--list", "--recipes", recipeFile(threeRecipes)});
+    QCOMPARE(result.status, 0);
+    QStringList rows;
+    for (const QString& row : result.output.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        rows.append(row.simplified());
+    }
+    QCOMPARE(rows,
+        (QStringList{"arrangement there - Panels one above the other",
+            "look there looker-one (one-package) Looks", "look spare looker-two (two-package) Looks",
+            "both missing looker-two (two-package), nowhere (no-package) Does both"}));
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+    // With its own recipes, and where settings are there already.
+    dir->file(QStringLiteral("home/.Vantrel"));
+    QCOMPARE(run({"--list"}).output.split(QLatin1Char('\n')).size() - 1, allRecipes().size());
+}
+
+void TestVantrelSetup::wrongUse_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("unknown option") << QStringList{"--colour"};
+    QTest::newRow("argument") << QStringList{"file"};
+    QTest::newRow("recipes of nothing") << QStringList{"--recipes"};
+    QTest::newRow("without nothing") << QStringList{"--without"};
+    QTest::newRow("without what is not there") << QStringList{"--without", "no-such-recipe"};
+}
+
+void TestVantrelSetup::wrongUse()
+{
+    QFETCH(QStringList, arguments);
+    const Run result = run(arguments);
+    QCOMPARE(result.status, 2);
+    QVERIFY(result.errors.contains(QStringLiteral("--help")));
+    QCOMPARE(result.output, QString());
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+}
+
+void TestVantrelSetup::help()
+{
+    const Run result = run({"--help"});
+    QCOMPARE(result.status, 0);
+    for (const char* option :
+        {"--print", "--force", "--light", "--dark", "--without", "--list", "--recipes"}) {
+        QVERIFY2(result.output.contains(QLatin1String(option)), option);
+    }
+}
+
+void TestVantrelSetup::badRecipes_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("settings without recipes") << QByteArray("window=0\n");
+    QTest::newRow("unknown mark") << QByteArray("#: recipe a\n#: gives A\n#: wants b\nwindow=0\n");
+    QTest::newRow("need without package") << QByteArray("#: recipe a\n#: gives A\n#: needs b\nwindow=0\n");
+    QTest::newRow("no file") << QByteArray("-");
+}
+
+void TestVantrelSetup::badRecipes()
+{
+    QFETCH(QByteArray, content);
+    const QString path = content == "-" ? dir->path(QStringLiteral("no file")) : recipeFile(content);
+    const Run result = run({"--recipes", path});
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.startsWith(QStringLiteral("vantrel-setup: ") + path), qPrintable(result.errors));
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+}
+
+void TestVantrelSetup::badHome_data()
+{
+    QTest::addColumn<QString>("home");
+    QTest::newRow("not set") << QString();
+    QTest::newRow("not there") << QStringLiteral("/no/such/home");
+}
+
+void TestVantrelSetup::badHome()
+{
+    QFETCH(QString, home);
+    environment.remove(QStringLiteral("HOME"));
+    if (!home.isEmpty()) {
+        environment.insert(QStringLiteral("HOME"), home);
+    }
+    const Run result = run();
+    QCOMPARE(result.status, 1);
+    QVERIFY2(
+        result.errors.contains(home.isEmpty() ? QStringLiteral("HOME") : home), qPrintable(result.errors));
+}
+
+void TestVantrelSetup::unwritableHome()
+{
+    // For a user without root's rights, the way there has to be open.
+    const Run asRoot = run({"--print"});
+    dir->file(QStringLiteral("setup/vantrel-setup"));
+    QVERIFY(QFile::remove(dir->path(QStringLiteral("setup/vantrel-setup"))));
+    QVERIFY(QFile::copy(program, dir->path(QStringLiteral("setup/vantrel-setup"))));
+    for (const char* name : {"recipes", "Vantrel.starter", "Vantrel.dark"}) {
+        QFile data(projectFile(QStringLiteral("examples/") + QLatin1String(name)));
+        QVERIFY(data.open(QIODevice::ReadOnly));
+        dir->file(QStringLiteral("examples/") + QLatin1String(name), data.readAll());
+    }
+    program = dir->path(QStringLiteral("setup/vantrel-setup"));
+    dir->setMode(QString(), 0755);
+    dir->setMode(QStringLiteral("home"), 0555);
+    const AsNobody nobody;
+    const Run result = run();
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(QStringLiteral("cannot be written")), qPrintable(result.errors));
+    QCOMPARE(run({"--print"}).output, asRoot.output);
+}
+
+// A small volume of its own, which takes root and a namespace of mounts.
+void TestVantrelSetup::fullDisk()
+{
+    const QString mount = QStringLiteral("mount -t tmpfs -o size=%1k none \"$HOME\" && ");
+    if (::geteuid() != 0 || run({}, QStringLiteral("unshare -m sh -c '%1:'").arg(mount.arg(8))).status != 0) {
+        QSKIP("a small volume cannot be mounted here");
+    }
+    const QString script = mount
+        + QStringLiteral(
+            "{ [ -z \"%2\" ] || printf mine >\"$HOME/.Vantrel\"; }; \"$0\" %2; echo \"status $?\"; "
+            "ls -A \"$HOME\"; [ -z \"%2\" ] || cat \"$HOME/.Vantrel\"");
+    const auto inside = [&](int kilobytes, const QString& option) {
+        return run({}, QStringLiteral("unshare -m sh -c '%1' \"$0\"").arg(script.arg(kilobytes).arg(option)));
+    };
+    const Run fresh = inside(8, QString());
+    QCOMPARE(fresh.output, QStringLiteral("status 1\n"));
+    QVERIFY2(fresh.errors.contains(QStringLiteral("cannot be written")), qPrintable(fresh.errors));
+    QCOMPARE(inside(8, QStringLiteral("--force")).output, QStringLiteral("status 1\n.Vantrel\nmine"));
+    // With room the same way succeeds.
+    QVERIFY(inside(512, QString()).output.endsWith(QStringLiteral("status 0\n.Vantrel\n")));
+}
+
+// The same for any user: a file may not grow beyond 4 KiB.
+void TestVantrelSetup::shortFile()
+{
+    const Run result = run({}, QStringLiteral("trap '' XFSZ; ulimit -f 8; exec \"$0\""));
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(QStringLiteral("cannot be written")), qPrintable(result.errors));
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+}
+
+void TestVantrelSetup::fullOutput_data()
+{
+    QTest::addColumn<QString>("option");
+    for (const char* option : {"--print", "--list", "--help", ""}) {
+        QTest::newRow(option) << QString::fromLatin1(option);
+    }
+}
+
+void TestVantrelSetup::fullOutput()
+{
+    QFETCH(QString, option);
+    const Run result = run({}, QStringLiteral("exec \"$0\" %1 >/dev/full").arg(option));
+    QCOMPARE(result.status, 1);
+    QVERIFY2(result.errors.contains(QStringLiteral("the standard output cannot be written")),
+        qPrintable(result.errors));
+}
+
+// The tool that compares what was written ends the set-up at that moment.
+void TestVantrelSetup::endedInBetween()
+{
+    tool(QStringLiteral("other"));
+    QVERIFY(QFile::remove(dir->path(QStringLiteral("bin/cmp"))));
+    dir->file(QStringLiteral("bin/cmp"),
+        "#!/bin/sh\nls -A \"$HOME\" >\"$HOME/../seen\"; kill -TERM \"$PPID\"\n", 0755);
+    dir->link(QStringLiteral("bin/ls"), QStandardPaths::findExecutable(QStringLiteral("ls")));
+    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    QCOMPARE(run().status, 130);
+    QVERIFY(dir->read(QStringLiteral("seen")).startsWith(".Vantrel.new."));
+    QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
+}
+
+// As it is installed, the data lies in a folder of its own; the tree can be anywhere.
+void TestVantrelSetup::installed()
+{
+    QFile source(program);
+    QVERIFY(source.open(QIODevice::ReadOnly));
+    QByteArray text = source.readAll();
+    QCOMPARE(text.count("@VANTREL_DATA_FROM_BIN@"), 1);
+    text.replace("@VANTREL_DATA_FROM_BIN@", "../share/vantrel");
+    program = dir->file(QStringLiteral("any where/bin/vantrel-setup"), text, 0755);
+    const Run missing = run();
+    QCOMPARE(missing.status, 1);
+    QVERIFY2(missing.errors.contains(QStringLiteral("any where/bin/../share/vantrel")),
+        qPrintable(missing.errors));
+    for (const char* name : {"recipes", "Vantrel.starter", "Vantrel.dark"}) {
+        QFile data(projectFile(QStringLiteral("examples/") + QLatin1String(name)));
+        QVERIFY(data.open(QIODevice::ReadOnly));
+        dir->file(QStringLiteral("any where/share/vantrel/") + QLatin1String(name), data.readAll());
+    }
+    // It is found through a link, too.
+    program = dir->link(QStringLiteral("bin/setup"), program);
+    QCOMPARE(run().status, 0);
+    QVERIFY(dir->exists(QStringLiteral("home/.Vantrel")));
+}
+
+VANTREL_TEST_MAIN(TestVantrelSetup)
+#include "tst_VantrelSetup.moc"
