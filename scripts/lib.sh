@@ -19,7 +19,7 @@ PACKAGES_BUILD="cmake g++ ninja-build ccache qtbase5-dev qtbase5-dev-tools"
 PACKAGES_SHOW="adwaita-icon-theme fonts-dejavu-core fonts-liberation xdg-utils"
 PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
 PACKAGES_FORMAT="clang-format"
-PACKAGES_LINT="clang-tidy clazy shellcheck python3 python3-pyflakes"
+PACKAGES_LINT="clang-tidy clazy mandoc shellcheck python3 python3-pyflakes"
 PACKAGES_FUZZ="clang libclang-rt-14-dev"
 PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth"
 # What the recipes of examples/recipes run that are tested by running them.
