@@ -251,7 +251,7 @@ void TestRecipes::parses()
     const QStringList fields = line.split(QLatin1Char('='));
     if (fields.constFirst() == QLatin1String("menu")) {
         QCOMPARE(gstMenu.size(), 1);
-        const LSMENU entry = gstMenu.constFirst();
+        const LSMENU& entry = gstMenu.constFirst();
         QVERIFY(codes.contains(fields.value(1)));
         QCOMPARE(entry.code, codes.value(fields.value(1)));
         QCOMPARE(entry.types, QLatin1Char('|') + fields.value(2) + QLatin1Char('|'));
@@ -267,7 +267,7 @@ void TestRecipes::parses()
             QCOMPARE(gmFileAssn.value(suffix), fields.value(2));
         }
     } else {
-        const QString key = fields.constFirst();
+        const QString& key = fields.constFirst();
         QVERIFY2(key == QLatin1String("window") || key == QLatin1String("norecurse"), qPrintable(line));
         QCOMPARE(
             key == QLatin1String("window") ? QString::number(giWindowArrange) : gsNoRecurse, fields.value(1));
