@@ -1,0 +1,130 @@
+"""The main window for those who have it read to them: all by what assistive technology is told."""
+
+import os
+import pwd
+
+import a11y
+from case import BrowseTest
+from desktop import key, wait_for
+from files import Link
+
+COLUMNS = ["Name", "Size", "Owner", "Modified"]
+
+
+class Listening(BrowseTest):
+    def rows(self, panel):
+        """All rows of the listing, also those that are not on the screen."""
+        table = panel.list
+        count, columns = table.size
+        return [[table.cell(row, column).name for column in range(columns)] for row in range(count)]
+
+    def names(self, panel):
+        """The names of all rows; none while rows come and go."""
+        try:
+            return [row[0] for row in self.rows(panel)]
+        except (a11y.Gone, AttributeError):
+            return []
+
+    def wait_rows(self, panel, *names):
+        wait_for(lambda: self.names(panel) == list(names), lambda: f"{names}; it is {self.names(panel)}")
+
+    def row(self, panel, name, column=0):
+        """The cell of an item, on the screen or not."""
+        return panel.list.cell(self.names(panel).index(name), column)
+
+    def test_whole_listing(self):
+        many = {f"f{number:03}": "x" * number for number in range(150)}
+        panel = self.open(d={}, l=Link("d"), **many)
+        for name in many:
+            os.utime(self.in_tree(name), (1700000000, 1700000000))
+        names = ["..", "d", "l", *many]
+        wait_for(lambda: panel.list.size == (len(names), 4), lambda: f"its rows; it is {panel.list.size}")
+        self.wait_rows(panel, *names)
+        rows = {row[0]: row[1:] for row in self.rows(panel)}
+        owner = pwd.getpwuid(os.getuid()).pw_name
+        for name, text in many.items():
+            self.assertEqual(rows[name][0], str(len(text)))
+            self.assertIn(owner, rows[name][1])
+        self.assertLess(len(panel.cells()), len(names), "most are not on the screen")
+
+    def test_headers(self):
+        panel = self.open(f="1")
+        table = panel.list
+        self.assertEqual([table.column_header(column) for column in range(4)], COLUMNS)
+        headers = [table.child_at(column + 1) for column in range(4)]
+        self.assertEqual([header.name for header in headers], COLUMNS)
+        self.assertEqual({header.role for header in headers}, {"column header"})
+
+    def test_numbers_of_cells_and_places_agree(self):
+        panel = self.open(a="1", b="2")
+        self.wait_rows(panel, "..", "a", "b")
+        table = panel.list
+        for row in range(3):
+            for column in range(4):
+                index = table.index_of(row, column)
+                self.assertEqual(table.child_at(index), table.cell(row, column))
+                self.assertEqual((table.row_of(index), table.column_of(index)), (row, column))
+
+    def test_what_the_icons_show_is_told(self):
+        panel = self.open(d={}, f="1", l=Link("f"))
+        self.wait_rows(panel, "..", "d", "f", "l")
+        self.assertEqual([self.row(panel, name).description for name in ("d", "f", "l")], ["Folder", "", "Link"])
+
+    def test_selection(self):
+        panel = self.open(a="1", b="22", c="333")
+        self.wait_rows(panel, "..", "a", "b", "c")
+        panel.list.grab_focus()
+        self.assertTrue(panel.list.select_row(1))
+        self.assertTrue(panel.list.select_row(3))
+        self.assertEqual(panel.list.selected_rows, [1, 3])
+        panel.wait_left("Selected 2 file(s), 4 Bytes")
+        self.assertEqual([self.row(panel, name, 3).has("selected") for name in "abc"], [True, False, True])
+        self.assertTrue(panel.list.select_row(1, on=False))
+        self.assertEqual(panel.list.selected_rows, [3])
+        panel.wait_left("Selected 1 file(s), 3 Bytes")
+
+    def test_current_cell_is_told(self):
+        panel = self.open(a="1", b="2")
+        self.wait_rows(panel, "..", "a", "b")
+        self.row(panel, "a").do("SetFocus")
+        for step, name in ((None, "a"), ("Down", "b"), ("Up", "a")):
+            if step:
+                key(step)
+            expected = self.row(panel, name)
+            wait_for(lambda: expected.has("focused"), f"{name} has the keyboard")
+            wait_for(lambda: a11y.focus_told(self.program.main()) == expected, f"{name} is told")
+
+    def test_status_texts(self):
+        panel = self.open(a="12345", b="1234567")
+        panel.wait_right(f"{self.tree} has 0 dirs, 2 files, 12 Bytes")
+        self.assertRegex(panel.left_text, r"% used$")
+        self.program.panel(2).wait_right(f"{self.tree} has 0 dirs, 2 files, 12 Bytes")
+
+    def test_bars_and_tree_have_names(self):
+        panel = self.open(d={"e": {}})
+        self.assertEqual(panel.drives, ["Tree", "Root", "Sub"])
+        self.assertEqual(panel.path, self.tree)
+        panel.branch("d")
+
+    def test_works_by_what_is_told(self):
+        panel = self.open(d={"x": "1"}, a="1", b="22")
+        self.wait_rows(panel, "..", "d", "a", "b")
+        panel.list.child_at(2).do("Press")  # the header "Size"
+        def larger_first():
+            names = self.names(panel)
+            return "b" in names and "a" in names and names.index("b") < names.index("a")
+        wait_for(larger_first, "the larger one comes first")
+        self.row(panel, "d").do("Press")
+        panel.wait_folder(self.in_tree("d"))
+        self.wait_rows(panel, "..", "x")
+        self.row(panel, "..").do("Press")
+        panel.wait_folder(self.tree)
+
+    def test_menu_by_what_is_told(self):
+        panel = self.open(settings="drive={tree}=Tree\nmenu=properties=*=Facts=\n", a="1")
+        self.wait_rows(panel, "..", "a")
+        self.row(panel, "a").do("ShowMenu")
+        self.program.popup().choose("Facts")
+        box = self.program.dialog("Properties")
+        self.assertEqual([field.text for field in box.fields], [self.in_tree("a")])
+        box.keys("Escape")
