@@ -34,6 +34,11 @@ private slots:
     void styleSheetParses();
     void textsCanBeRead_data() { files(); }
     void textsCanBeRead();
+    void textsOnInheritedGroundsCanBeRead_data() { files(); }
+    void textsOnInheritedGroundsCanBeRead();
+    void progressCanBeRead();
+    void focusIsSeen_data();
+    void focusIsSeen();
     void darkStyleCovers_data();
     void darkStyleCovers();
 
@@ -76,6 +81,66 @@ QColor colorOf(const QString& declarations, const QString& property)
 {
     const QRegularExpression pattern(QStringLiteral("(?:^|[;{\\s])%1:\\s*(#[0-9a-f]{6})").arg(property));
     return QColor(pattern.match(declarations).captured(1));
+}
+
+/// Least contrast that a text needs.
+constexpr double leastForText = 4.5;
+
+/// Least contrast that a mark needs, such as the frame around what has the keyboard.
+constexpr double leastForMark = 3.0;
+
+struct StyleRule
+{
+    QString selector;
+    QString body;
+};
+
+/// The rules of the style sheet that was read, one for each selector.
+QVector<StyleRule> styleRules()
+{
+    static const QRegularExpression rule(QStringLiteral("([^{}]+)\\{([^{}]*)\\}"));
+    QVector<StyleRule> rules;
+    auto matches = rule.globalMatch(gsAppStyleSheet);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch match = matches.next();
+        const QStringList selectors = match.captured(1).split(QLatin1Char(','));
+        for (const QString& selector : selectors) {
+            rules.append({selector.trimmed(), match.captured(2)});
+        }
+    }
+    return rules;
+}
+
+/// The background that the rules give to exactly this selector; the last one counts.
+QColor ownGround(const QString& selector)
+{
+    QColor ground;
+    const QVector<StyleRule> rules = styleRules();
+    for (const StyleRule& rule : rules) {
+        const QColor color = colorOf(rule.body, QStringLiteral("background"));
+        ground = rule.selector == selector && color.isValid() ? color : ground;
+    }
+    return ground;
+}
+
+/// The background that is seen behind a selector: its own, or that of what it is a state, a part or a kind
+/// of.
+QColor groundOf(QString selector)
+{
+    static const QRegularExpression narrowing(
+        QStringLiteral("(::?[a-z-]+|#\\w+|\\[[^\\]]*\\])$|^\\S+ (?=\\S)"));
+    QColor ground = ownGround(selector);
+    while (!ground.isValid() && selector.contains(narrowing)) {
+        selector.remove(narrowing);
+        ground = ownGround(selector);
+    }
+    return ground.isValid() ? ground : ownGround(QStringLiteral("QWidget"));
+}
+
+QColor borderOf(const QString& declarations)
+{
+    static const QRegularExpression border(QStringLiteral("border(?:-color)?:[^;]*(#[0-9a-f]{6})"));
+    return QColor(border.match(declarations).captured(1));
 }
 
 } // namespace
@@ -230,7 +295,6 @@ void TestExamples::textsCanBeRead()
         const QRegularExpressionMatch match = matches.next();
         const QString selector = match.captured(1).trimmed();
         const QString body = match.captured(2);
-        const double least = selector.contains(QLatin1String(":disabled")) ? 3.0 : 4.5;
         const auto readable = [&](const QString& text, const QString& ground) {
             const QColor front = colorOf(body, text);
             const QColor back = colorOf(body, ground);
@@ -238,7 +302,7 @@ void TestExamples::textsCanBeRead()
                 return true;
             }
             ++compared;
-            return contrast(front, back) >= least;
+            return contrast(front, back) >= leastForText;
         };
         QVERIFY2(readable(QStringLiteral("color"), QStringLiteral("background")), qPrintable(selector));
         QVERIFY2(readable(QStringLiteral("color"), QStringLiteral("alternate-background-color")),
@@ -247,6 +311,75 @@ void TestExamples::textsCanBeRead()
             qPrintable(selector));
     }
     QVERIFY(compared >= 15);
+}
+
+void TestExamples::textsOnInheritedGroundsCanBeRead()
+{
+    int compared = 0;
+    const QVector<StyleRule> rules = styleRules();
+    for (const StyleRule& rule : rules) {
+        const QColor text = colorOf(rule.body, QStringLiteral("color"));
+        if (text.isValid()) {
+            const QColor ground = groundOf(rule.selector);
+            QVERIFY2(ground.isValid(), qPrintable(rule.selector));
+            QVERIFY2(contrast(text, ground) >= leastForText, qPrintable(rule.selector));
+            ++compared;
+        }
+    }
+    QVERIFY(compared >= 12);
+}
+
+// The text of a progress bar stands on both its grounds. The light example leaves the bar to the desktop.
+void TestExamples::progressCanBeRead()
+{
+    ReadConfig(path(QStringLiteral("Vantrel.dark")));
+    const QColor chunk = ownGround(QStringLiteral("QProgressBar::chunk"));
+    const QColor groove = ownGround(QStringLiteral("QProgressBar"));
+    QVERIFY(chunk.isValid() && groove.isValid());
+    bool compared = false;
+    const QVector<StyleRule> rules = styleRules();
+    for (const StyleRule& rule : rules) {
+        if (rule.selector == QLatin1String("QProgressBar")) {
+            const QColor text = colorOf(rule.body, QStringLiteral("color"));
+            QVERIFY(contrast(text, chunk) >= leastForText);
+            QVERIFY(contrast(text, groove) >= leastForText);
+            compared = true;
+        }
+    }
+    QVERIFY(compared);
+}
+
+void TestExamples::focusIsSeen_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("selectors");
+    const QStringList both{"QPushButton#NavBar:focus", "QTreeView:focus", "QTableView:focus"};
+    QTest::newRow("starter") << QStringLiteral("Vantrel.starter")
+                             << both + QStringList{"QPushButton#DriveBar:focus", "QLineEdit#ReadOnly:focus"};
+    QTest::newRow("dark") << QStringLiteral("Vantrel.dark")
+                          << both + QStringList{"QPushButton:focus", "QLineEdit:focus"};
+}
+
+// The frame around what has the keyboard stands out from it, and from the frame without.
+void TestExamples::focusIsSeen()
+{
+    QFETCH(QStringList, selectors);
+    const QVector<StyleRule> rules = styleRules();
+    for (const StyleRule& rule : rules) {
+        const QColor frame = borderOf(rule.body);
+        if (rule.selector.endsWith(QLatin1String(":focus")) && frame.isValid()) {
+            const QColor ground = groundOf(rule.selector);
+            QVERIFY2(ground.isValid(), qPrintable(rule.selector));
+            QVERIFY2(contrast(frame, ground) >= leastForMark, qPrintable(rule.selector));
+            for (const StyleRule& plain : rules) {
+                if (plain.selector + QLatin1String(":focus") == rule.selector) {
+                    QVERIFY2(borderOf(plain.body) != frame, qPrintable(rule.selector));
+                }
+            }
+            selectors.removeAll(rule.selector);
+        }
+    }
+    QVERIFY2(selectors.isEmpty(), qPrintable(selectors.join(QLatin1Char(' '))));
 }
 
 void TestExamples::darkStyleCovers_data()
