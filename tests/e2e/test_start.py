@@ -1,6 +1,7 @@
 """Start-up, arrangements and the menus of the main window."""
 
 import os
+import subprocess
 
 import desktop
 from case import EXAMPLES, VantrelTest
@@ -60,6 +61,19 @@ class Start(VantrelTest):
         panel.press_drive("Root")
         panel.wait_folder("/")
         self.assertIn("usr", panel.names)
+
+    def test_settings_of_the_set_up(self):
+        setup = os.path.join(desktop.WORK, "setup", "vantrel-setup")
+        env = dict(os.environ, HOME=self.home, VANTREL_MOUNTS=os.devnull)
+        settings = subprocess.run([setup, "--print"], env=env, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                  text=True, check=True).stdout
+        self.assertEqual(os.listdir(self.home), [])
+        program = self.start(settings=settings)
+        panel = program.panel(1)
+        panel.wait_folder(self.home)
+        self.assertEqual(panel.drives, ["Home", "Root"])
+        self.assertEqual(program.boxes(), [])
+        self.assertEqual(program.titles(), [("frame", program.main().name)])
 
     def test_dark_example(self):
         program = self.start(settings=read(os.path.join(EXAMPLES, "Vantrel.dark")))
