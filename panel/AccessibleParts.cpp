@@ -15,6 +15,7 @@ constexpr int goneAtOnce = 256;
 
 AccessibleParts::AccessibleParts(MList* owner)
     : m_list(owner)
+    , m_owner(owner)
 {
     connect(qApp, SIGNAL(focusChanged(QWidget*, QWidget*)), this, SLOT(focusMoved(QWidget*, QWidget*)));
 }
@@ -116,7 +117,7 @@ void AccessibleParts::dropGone()
 /// Qt tells that the listing has got the focus, and nothing of its current cell.
 void AccessibleParts::focusMoved(QWidget* /*before*/, QWidget* now)
 {
-    if (m_list != nullptr && now == m_list && QAccessible::isActive()) {
+    if (now != nullptr && now == m_owner && QAccessible::isActive()) {
         QMetaObject::invokeMethod(this, "tellCurrentCell", Qt::QueuedConnection);
     }
 }

@@ -50,6 +50,7 @@ private:
     void followModel();
 
     QPointer<MList> m_list;
+    const QObject* m_owner; ///< the listing, only to compare with, also while it is being destroyed
     QPointer<QObject> m_selectionModel; ///< goes with the model, and before it
     QHash<QPersistentModelIndex, QAccessible::Id> m_cells;
     QHash<int, QAccessible::Id> m_sections[2];
