@@ -4,6 +4,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QSemaphore>
 #include <QSignalSpy>
 
@@ -71,16 +72,28 @@ public slots:
     void question() { ++answered; }
 };
 
+/// An event like that of a question, which tells when it goes.
+class Taken : public QEvent
+{
+public:
+    explicit Taken(QSemaphore& taken)
+        : QEvent(QEvent::MetaCall)
+        , m_taken(taken)
+    {
+    }
+    ~Taken() override { m_taken.release(); }
+    Q_DISABLE_COPY_MOVE(Taken)
+
+private:
+    QSemaphore& m_taken;
+};
+
 class TestWorkerThread : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        QTest::qWait(1); // lets the test's own threads begin
-        m_threads = threadCount();
-    }
+    void initTestCase() { m_threads = threadCount(); }
     void init() { Worker::freed = 0; }
     void runsOnAnotherThreadAndTellsTheDialog();
     void threadStaysUntilItIsStopped();
@@ -150,14 +163,19 @@ void TestWorkerThread::stopWaitsForTheWorker()
     auto* worker = new Worker;
     worker->until = &until;
     WorkerThread thread(worker, &dialog);
+    // Each round of the wait takes the dialog's events away: with the second one it has waited in vain once.
     std::unique_ptr<QThread> releaser(QThread::create([&] {
-        QThread::msleep(30); // longer than a round of the wait
+        QSemaphore taken;
+        for (int round = 0; round < 2; ++round) {
+            QCoreApplication::postEvent(&dialog, new Taken(taken));
+            taken.acquire();
+        }
         until.release();
     }));
     releaser->start();
     thread.stop();
-    QCOMPARE(Worker::freed, 1);
     releaser->wait();
+    QCOMPARE(Worker::freed, 1);
 }
 
 void TestWorkerThread::stopPassesOverQuestions()

@@ -361,23 +361,38 @@ void TestMProgress::speedWhileAQuestionIsOpen()
 
 void TestMProgress::pausedTimeGrows()
 {
+    QElapsedTimer clock;
+    clock.start();
     HeldDialog held(OpCopy);
-    QTest::qWait(50);
+    const qint64 made = clock.elapsed();
+    QTRY_VERIFY(clock.elapsed() >= made + 20);
+    qint64 asked = clock.elapsed();
+    qint64 shown = 0;
+    qint64 stood = 0;
     BoxAnswers answers;
-    QElapsedTimer open;
-    answers
-        .meanwhile([&] {
-            open.start();
-            QTest::qSleep(200);
-        })
-        .click("Ignore");
+    const auto stand = [&] {
+        shown = clock.elapsed();
+        QTRY_VERIFY(clock.elapsed() >= shown + 20);
+        stood = clock.elapsed();
+    };
+    answers.meanwhile(stand).click("Ignore");
     held.dialog->myWarning("x");
+    // All time before the question, which begins with the 1 that stands there from the start.
     const qint64 first = held.dialog->pausedTime;
-    QVERIFY(first >= 51);
-    answers.meanwhile([&] { QTest::qSleep(200); }).click("Ignore");
+    QVERIFY2(first >= asked - made && first <= shown + 1,
+        qPrintable(QStringLiteral("%1 of %2 to %3").arg(first).arg(asked - made).arg(shown + 1)));
+
+    // The time that the first box stood is not in it.
+    const qint64 earliest = stood;
+    const qint64 answered = clock.elapsed();
+    QTRY_VERIFY(clock.elapsed() >= answered + 20);
+    asked = clock.elapsed();
+    answers.meanwhile(stand).click("Ignore");
     held.dialog->myWarning("x");
-    // The time that the boxes stood is in none of it.
-    QVERIFY2(held.dialog->pausedTime - first < 200, qPrintable(QString::number(held.dialog->pausedTime)));
+    const qint64 second = held.dialog->pausedTime - first;
+    const qint64 most = shown - earliest + 1; // each time is cut to whole ms
+    QVERIFY2(second >= asked - answered - 1 && second <= most,
+        qPrintable(QStringLiteral("%1 of %2 to %3").arg(second).arg(asked - answered).arg(most)));
 }
 
 void TestMProgress::pathIsPlainText()
@@ -588,7 +603,7 @@ void TestMProgress::escapeAndTitleBarAbort()
 void TestMProgress::closesWhenTheWorkerHasFinished()
 {
     HeldDialog held(0);
-    QTimer::singleShot(20, [&] {
+    QTimer::singleShot(0, [&] {
         QVERIFY(held.dialog->isVisible());
         held.letGo();
     });
@@ -629,17 +644,16 @@ void TestMProgress::destroyedWithAQuestionPending()
 {
     TestDir dir;
     dir.files("item", 50);
-    for (int round = 0; round < 20; ++round) {
+    // Counting looks at 51 names and deleting at two more before it waits with its question, which no event
+    // loop runs to show.
+    for (int looks = 1; looks <= 53; looks += 4) {
+        QSemaphore reached;
+        FaultShim shim(dir.path());
+        shim.before("lstat", "*", looks, [&] { reached.release(); });
         QWidget panel;
         gslDragList = QStringList{dir.path("item")};
-        auto* dialog = new MProgress(&panel, OpDelete); // goes with the panel
-        // The worker waits with its question; no event loop runs that would show it.
-        QElapsedTimer clock;
-        clock.start();
-        while (dialog->total == 1 && clock.elapsed() < 5000) {
-            QThread::yieldCurrentThread();
-        }
-        QThread::msleep(static_cast<unsigned long>(round % 5));
+        new MProgress(&panel, OpDelete); // goes with the panel
+        QVERIFY(reached.tryAcquire(1, 60000));
     }
     QCOMPARE(dir.tree("item").size(), 50);
 }
@@ -712,10 +726,12 @@ void TestMProgress::quitWhileItRuns()
     gsDropBase = dir.path("to");
     QPointer<MProgress> dialog;
     QSemaphore go;
-    shim.before("mkdir", "to/src", 1, [&] { go.acquire(); });
+    shim.before("mkdir", "to/src", 1, [&] {
+        QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
+        go.acquire();
+    });
     QTimer::singleShot(0, [&] {
         dialog = new MProgress(&panel, OpCopy);
-        QTimer::singleShot(20, [] { QCoreApplication::quit(); });
         dialog->exec();
         QCOMPARE(dialog->abort, 1);
         go.release();

@@ -100,7 +100,7 @@ private slots:
         DigestPair pair;
         for (int i = 0; i < 30; ++i) {
             pair.add(content.constData() + i * 1000, 1000);
-            QTest::qWait(1); // longer than the partner stays awake
+            QTRY_VERIFY(otherThreadsWait()); // the partner has gone to sleep
         }
         compare(pair, content);
     }

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace {
@@ -11,6 +12,17 @@ int entries(const QString& folder)
 {
     return static_cast<int>(
         QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size());
+}
+
+/// @return the letter that stands for what a thread does, as in ps
+char stateOf(const QString& thread)
+{
+    QFile stat(QStringLiteral("/proc/self/task/%1/stat").arg(thread));
+    if (!stat.open(QIODevice::ReadOnly)) {
+        return 'X';
+    }
+    const QByteArray text = stat.readAll();
+    return text.at(text.lastIndexOf(')') + 2); // the name before it may hold anything
 }
 
 } // namespace
@@ -23,6 +35,31 @@ int threadCount()
 int descriptorCount()
 {
     return entries(QStringLiteral("/proc/self/fd"));
+}
+
+bool otherThreadsWait()
+{
+    const QString own = QString::number(::gettid());
+    const QStringList threads
+        = QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::all_of(threads.begin(), threads.end(), [&own](const QString& thread) {
+        const char state = stateOf(thread);
+        return thread == own || state == 'S' || state == 'X';
+    });
+}
+
+int childCount()
+{
+    const QStringList threads
+        = QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    int count = 0;
+    for (const QString& thread : threads) {
+        QFile children(QStringLiteral("/proc/self/task/%1/children").arg(thread));
+        if (children.open(QIODevice::ReadOnly)) {
+            count += static_cast<int>(children.readAll().split(' ').size()) - 1;
+        }
+    }
+    return count;
 }
 
 long residentKib()

@@ -6,5 +6,9 @@
 int threadCount();
 /// @return number of open descriptors
 int descriptorCount();
+/// @return whether every thread but the calling one waits for something
+bool otherThreadsWait();
+/// @return children of the process, zombies included
+int childCount();
 /// @return resident memory in KiB
 long residentKib();
