@@ -90,6 +90,12 @@ BoxAnswers& BoxAnswers::otherwise(const QStringList& buttonTexts)
     return *this;
 }
 
+BoxAnswers& BoxAnswers::otherwise(std::function<QString(const QString&)> choose)
+{
+    m_choose = std::move(choose);
+    return *this;
+}
+
 BoxAnswers& BoxAnswers::meanwhile(std::function<void()> what)
 {
     m_answers.enqueue([this, what = std::move(what)](QMessageBox* box) {
@@ -150,8 +156,9 @@ void BoxAnswers::look()
     }
     m_seen.append(noted);
 
-    if (m_answers.isEmpty() && !m_otherwise.isEmpty()) {
-        for (const QString& text : qAsConst(m_otherwise)) {
+    const QStringList otherwise = m_choose ? QStringList{m_choose(noted.text)} : m_otherwise;
+    if (m_answers.isEmpty() && !otherwise.isEmpty()) {
+        for (const QString& text : otherwise) {
             if (QAbstractButton* button = buttonOf(box, text)) {
                 QTest::mouseClick(button, Qt::LeftButton);
                 return;

@@ -41,6 +41,8 @@ public:
     BoxAnswers& close();
     /// Answers every box that no other answer is armed for: by the first of these buttons that it has.
     BoxAnswers& otherwise(const QStringList& buttonTexts);
+    /// Answers every box that no other answer is armed for: by the button that @p choose names for its text.
+    BoxAnswers& otherwise(std::function<QString(const QString& text)> choose);
     /// Runs @p what while the next box is open, before the answer that is armed after it.
     BoxAnswers& meanwhile(std::function<void()> what);
 
@@ -58,6 +60,7 @@ private:
 
     QQueue<std::function<void(QMessageBox*)>> m_answers;
     QStringList m_otherwise;
+    std::function<QString(const QString&)> m_choose;
     QVector<Box> m_seen;
     QStringList m_unexpected;
     QTimer m_timer;

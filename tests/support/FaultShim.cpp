@@ -52,6 +52,18 @@ FaultShim& FaultShim::shorten(const char* function, const QString& path, long by
     return *this;
 }
 
+FaultShim& FaultShim::delay(const char* function, const QString& path, long ms, int first, int times)
+{
+    SHIM(faultshim_delay)(function, full(path).constData(), first, times, ms);
+    return *this;
+}
+
+FaultShim& FaultShim::tellKinds()
+{
+    SHIM(faultshim_tell_kinds)(true);
+    return *this;
+}
+
 FaultShim& FaultShim::before(const char* function, const QString& path, int first, std::function<void()> what)
 {
     m_hooks.push_back(std::move(what));

@@ -27,6 +27,10 @@ public:
     /// Lets reads or writes move at most that many bytes.
     FaultShim& shorten(
         const char* function, const QString& path, long bytes, int first = 1, int times = always);
+    /// Lets calls begin later.
+    FaultShim& delay(const char* function, const QString& path, long ms, int first = 1, int times = always);
+    /// Adds what lstat() found to the recorded calls: " file", " folder" or " link", and the size.
+    FaultShim& tellKinds();
     /// Runs @p what before a call, on the thread that makes it.
     FaultShim& before(const char* function, const QString& path, int first, std::function<void()> what);
 

@@ -51,6 +51,12 @@ TestDir::~TestDir()
     ::nftw(root.constData(), removeEntry, 64, FTW_PHYS | FTW_DEPTH);
 }
 
+QString TestDir::inMemory()
+{
+    const QFileInfo place(QStringLiteral("/dev/shm"));
+    return place.isDir() && place.isWritable() ? place.filePath() : QString();
+}
+
 QString TestDir::path(const QString& relative) const
 {
     return relative.isEmpty() ? m_dir.path() : m_dir.path() + QLatin1Char('/') + relative;

@@ -17,6 +17,11 @@ public:
     TestDir(const TestDir&) = delete;
     TestDir& operator=(const TestDir&) = delete;
 
+    /// @return parent for folders that are made and removed many thousand times: a file system in memory
+    /// where
+    ///         there is one, else the system's own place
+    static QString inMemory();
+
     /// @return the folder's path, without "/" at its end
     QString path() const { return m_dir.path(); }
     /// @return absolute path of @p relative

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -13,6 +14,7 @@
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -27,13 +29,13 @@ namespace {
 
 struct Rule
 {
-    enum Kind { Fail, Shorten, Hook };
+    enum Kind { Fail, Shorten, Delay, Hook };
     Kind kind;
     std::string function;
     std::string path;
     int first;
     int times;
-    long amount; ///< errno, or bytes
+    long amount; ///< errno, bytes, or ms
     void (*hook)(void*);
     void* context;
     int seen;
@@ -49,6 +51,7 @@ struct State
     std::map<DIR*, std::string> folders;
     std::string calls;
     std::string handedOut;
+    bool tellKinds = false;
 };
 
 std::atomic<bool> active{false};
@@ -86,7 +89,14 @@ struct Fate
     bool watched = false;
     int error = 0;
     long bytes = -1;
+    long delayMs = 0;
 };
+
+void sleepMs(long ms)
+{
+    timespec left = {ms / 1000, ms % 1000 * 1000000};
+    while (::nanosleep(&left, &left) != 0 && errno == EINTR) { }
+}
 
 Fate fateOf(const char* function, const std::string& path)
 {
@@ -113,6 +123,8 @@ Fate fateOf(const char* function, const std::string& path)
                 fate.error = static_cast<int>(rule.amount);
             } else if (rule.kind == Rule::Shorten) {
                 fate.bytes = rule.amount;
+            } else if (rule.kind == Rule::Delay) {
+                fate.delayMs += rule.amount;
             } else {
                 hooks.push_back(rule);
             }
@@ -121,6 +133,9 @@ Fate fateOf(const char* function, const std::string& path)
     inside = true;
     for (const Rule& rule : hooks) {
         rule.hook(rule.context);
+    }
+    if (fate.delayMs > 0) {
+        sleepMs(fate.delayMs);
     }
     inside = false;
     return fate;
@@ -239,6 +254,15 @@ std::string number(long value)
     return ' ' + std::to_string(value);
 }
 
+/// @return what lstat() found, where that is to be told
+std::string kindOf(mode_t mode, long size)
+{
+    if (!active || !state().tellKinds) {
+        return std::string();
+    }
+    return (S_ISDIR(mode) ? " folder" : S_ISLNK(mode) ? " link" : " file") + number(size);
+}
+
 int openWith(int (*real)(const char*, int, ...), const char* path, int flags, mode_t mode)
 {
     const std::string more = ((flags & O_ACCMODE) == O_RDONLY ? " r" : " w")
@@ -272,6 +296,25 @@ struct FromEnvironment
         return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
     }
 
+    static void addRuleOf(const std::vector<std::string>& fields)
+    {
+        const std::size_t colon = fields[0].find(':');
+        const std::string what = colon == std::string::npos ? "fail" : fields[0].substr(0, colon);
+        const std::string function = colon == std::string::npos ? fields[0] : fields[0].substr(colon + 1);
+        const auto add = what == "delay" ? faultshim_delay : what == "short" ? addShorten : addFail;
+        add(function.c_str(), fields[1].c_str(), toInt(fields[2]), toInt(fields[3]), toInt(fields[4]));
+    }
+
+    static void addFail(const char* function, const char* path, int first, int times, long error)
+    {
+        faultshim_fail(function, path, first, times, static_cast<int>(error));
+    }
+
+    static void addShorten(const char* function, const char* path, int first, int times, long bytes)
+    {
+        faultshim_shorten(function, path, first, times, bytes);
+    }
+
     static void addRules(std::string text)
     {
         while (!text.empty()) {
@@ -287,8 +330,7 @@ struct FromEnvironment
                 }
             }
             if (fields.size() == 5) {
-                faultshim_fail(fields[0].c_str(), fields[1].c_str(), toInt(fields[2]), toInt(fields[3]),
-                    toInt(fields[4]));
+                addRuleOf(fields);
             }
         }
     }
@@ -314,6 +356,7 @@ void faultshim_watch(const char* prefix)
     state().calls.clear();
     state().descriptors.clear();
     state().folders.clear();
+    state().tellKinds = false;
     active = prefix != nullptr;
 }
 
@@ -330,6 +373,17 @@ void faultshim_fail(const char* function, const char* path, int first, int times
 void faultshim_shorten(const char* function, const char* path, int first, int times, long bytes)
 {
     addRule({Rule::Shorten, function, path, first, times, bytes, nullptr, nullptr, 0});
+}
+
+void faultshim_delay(const char* function, const char* path, int first, int times, long ms)
+{
+    addRule({Rule::Delay, function, path, first, times, ms, nullptr, nullptr, 0});
+}
+
+void faultshim_tell_kinds(bool tell)
+{
+    const std::lock_guard<std::mutex> guard(state().lock);
+    state().tellKinds = tell;
 }
 
 void faultshim_hook(const char* function, const char* path, int first, void (*hook)(void*), void* context)
@@ -349,13 +403,23 @@ const char* faultshim_calls()
 int lstat(const char* path, struct stat* info)
 {
     REAL(lstat);
-    return static_cast<int>(guarded("lstat", path, "", [&](const Fate&) { return real(path, info); }));
+    std::string kind;
+    return static_cast<int>(guarded("lstat", path, kind, [&](const Fate&) {
+        const int result = real(path, info);
+        kind = result == 0 ? kindOf(info->st_mode, info->st_size) : "";
+        return result;
+    }));
 }
 
 int lstat64(const char* path, struct stat64* info)
 {
     REAL(lstat64);
-    return static_cast<int>(guarded("lstat", path, "", [&](const Fate&) { return real(path, info); }));
+    std::string kind;
+    return static_cast<int>(guarded("lstat", path, kind, [&](const Fate&) {
+        const int result = real(path, info);
+        kind = result == 0 ? kindOf(info->st_mode, info->st_size) : "";
+        return result;
+    }));
 }
 
 int open(const char* path, int flags, ...)
@@ -490,6 +554,13 @@ int mkdir(const char* path, mode_t mode)
     REAL(mkdir);
     return static_cast<int>(
         guarded("mkdir", path, octal(mode), [&](const Fate&) { return real(path, mode); }));
+}
+
+int inotify_add_watch(int descriptor, const char* path, uint32_t mask)
+{
+    REAL(inotify_add_watch);
+    return static_cast<int>(
+        guarded("inotify_add_watch", path, "", [&](const Fate&) { return real(descriptor, path, mask); }));
 }
 
 ssize_t readlink(const char* path, char* buffer, size_t length)

@@ -11,9 +11,9 @@
 ///
 /// In a program that is not linked to it, LD_PRELOAD loads the shim and the environment controls it:
 ///   FAULTSHIM_WATCH  path below which calls are recorded and rules apply
-///   FAULTSHIM_RULES  rules with ";" between them, each "function|path|first|times|errno number"; the path
-///   may
-///                    be "*" for any, times may be -1 for all calls from the first on
+///   FAULTSHIM_RULES  rules with ";" between them, each "function|path|first|times|errno number",
+///                    "delay:function|path|first|times|ms" or "short:function|path|first|times|bytes"; the
+///                    path may be "*" for any, times may be -1 for all calls from the first on
 ///   FAULTSHIM_LOG    file to which the recorded calls are appended, one a line
 
 extern "C" {
@@ -31,6 +31,13 @@ void faultshim_fail(const char* function, const char* path, int first, int times
 
 /// Lets read() and write() move at most @p bytes, which write() reports as a short write.
 void faultshim_shorten(const char* function, const char* path, int first, int times, long bytes);
+
+/// Lets calls begin @p ms later.
+void faultshim_delay(const char* function, const char* path, int first, int times, long ms);
+
+/// Adds what lstat() found to its calls from now on, " file", " folder" or " link" and the size, until the
+/// next faultshim_watch().
+void faultshim_tell_kinds(bool tell);
 
 /// Runs @p hook once, on the calling thread, before the call with that number. The hook may use files itself;
 /// what it does is not recorded.
