@@ -1,3 +1,4 @@
+#include "app/EndSignals.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
 #include "app/aVantrel.h"
@@ -76,11 +77,18 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     nameTimeZone();
     std::optional<WithoutGl> withoutGl(std::in_place);
+    // The end of a session ends the program as a signal does. Otherwise each window would be asked to close
+    // first, and a running operation, or its open question, would put off the end and be aborted as well.
+    QGuiApplication::setFallbackSessionManagementEnabled(false);
     const QApplication application(argc, argv);
+    const EndSignals endSignals;
     chooseIconTheme();
     ReadConfig(QDir::homePath() + QStringLiteral("/.Vantrel"));
     QApplication::setWindowIcon(loadIcon(gsAppIcon));
     qApp->setStyleSheet(gsAppStyleSheet);
+    if (endSignals.haveCome()) {
+        return 0; // the box about the settings file was all there is
+    }
     aVantrel window;
     window.show();
     withoutGl.reset();

@@ -12,12 +12,15 @@
 #include <QAction>
 #include <QElapsedTimer>
 #include <QPixmap>
+#include <QPointer>
 #include <QTimer>
 #include <QWindow>
 
 #include <algorithm>
+#include <csignal>
 #include <functional>
 #include <memory>
+#include <unistd.h>
 #include <vector>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -60,11 +63,10 @@ void lookOnce(const std::function<void()>& look)
     gwMainframe->close();
 }
 
-/// Runs the program with @p home as home folder, until its main window was looked at by @p look and closed.
-int run(const TestDir& home, const std::function<void()>& look, const QList<QByteArray>& options = {})
+/// Runs the program with @p home as home folder, until something in inLoop ends it.
+int start(const TestDir& home, const QList<QByteArray>& options = {})
 {
     qputenv("HOME", home.path().toLocal8Bit());
-    inLoop = [look] { lookOnce(look); };
     QList<QByteArray> texts = QList<QByteArray>{"vantrel"} + options;
     std::vector<char*> arguments;
     for (QByteArray& text : texts) {
@@ -72,6 +74,13 @@ int run(const TestDir& home, const std::function<void()>& look, const QList<QByt
     }
     arguments.push_back(nullptr);
     return vantrelMain(texts.size(), arguments.data());
+}
+
+/// Runs the program with @p home as home folder, until its main window was looked at by @p look and closed.
+int run(const TestDir& home, const std::function<void()>& look, const QList<QByteArray>& options = {})
+{
+    inLoop = [look] { lookOnce(look); };
+    return start(home, options);
 }
 
 /// Notes a variable's value at the time when the first window of the program is made.
@@ -114,6 +123,10 @@ private slots:
 
     void runsUntilTheWindowIsClosed();
     void returnsTheExitCode();
+    void signalsEndItInGoodOrder_data();
+    void signalsEndItInGoodOrder();
+    void signalWhileTheSettingsBoxStands();
+    void endOfTheSession();
     void missingSettingsAreToldBeforeTheWindow();
     void sharpScreens();
     void timeZone_data();
@@ -154,6 +167,60 @@ void TestMainFunction::returnsTheExitCode()
     const TestDir home;
     home.file(settings);
     QCOMPARE(run(home, [] { QCoreApplication::exit(7); }), 7);
+}
+
+void TestMainFunction::signalsEndItInGoodOrder_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void TestMainFunction::signalsEndItInGoodOrder()
+{
+    QFETCH(int, signal);
+    const TestDir home;
+    home.file(settings);
+    bool wasShown = false;
+    QPointer<aVantrel> window;
+    inLoop = [&] {
+        window = gwMainframe;
+        wasShown = window->isVisible();
+        ::kill(::getpid(), signal);
+    };
+    QCOMPARE(start(home), 0);
+    QVERIFY(wasShown);
+    QVERIFY(window.isNull());
+}
+
+void TestMainFunction::signalWhileTheSettingsBoxStands()
+{
+    const TestDir home;
+    bool boxStood = false;
+    inLoop = [&] {
+        boxStood = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr;
+        ::kill(::getpid(), SIGTERM);
+    };
+    QCOMPARE(start(home), 0);
+    QVERIFY(boxStood);
+    QVERIFY(gwMainframe == nullptr);
+}
+
+void TestMainFunction::endOfTheSession()
+{
+    // No window is asked to close, which an operation or its question would refuse.
+    const TestDir home;
+    home.file(settings);
+    bool asksWindows = true;
+    QCOMPARE(run(home,
+                 [&] {
+                     asksWindows = QGuiApplication::isFallbackSessionManagementEnabled();
+                     QEvent quit(QEvent::Quit);
+                     QCoreApplication::sendEvent(qApp, &quit);
+                 }),
+        0);
+    QVERIFY(!asksWindows);
 }
 
 void TestMainFunction::missingSettingsAreToldBeforeTheWindow()

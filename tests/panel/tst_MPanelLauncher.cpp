@@ -1,5 +1,6 @@
 #include "panel/MPanel.h"
 
+#include "app/EndSignals.h"
 #include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/myFileSystemModel.h"
@@ -31,6 +32,7 @@ done
 } > "$out.part"
 env > "$out.env"
 ls -l /proc/self/fd > "$out.fds"
+grep '^Sig[BI]' /proc/self/status > "$out.signals"
 mv "$out.part" "$out"
 )sh";
 
@@ -79,6 +81,8 @@ private slots:
     void environmentIsTheUsers_data();
     void environmentIsTheUsers();
     void noDescriptorIsInherited();
+    void noSignalIsChanged();
+    void manyLaunches();
     void shellCharactersMeanNothing();
 
     void suffix_data();
@@ -340,6 +344,35 @@ void TestMPanelLauncher::noDescriptorIsInherited()
     for (const char* kind : {"inotify", "eventfd", "eventpoll", "timerfd", "socket:"}) {
         QVERIFY2(!descriptors.contains(kind), descriptors.constData());
     }
+}
+
+void TestMPanelLauncher::noSignalIsChanged()
+{
+    QVERIFY(waitForList(panel));
+    const EndSignals signalHandling;
+    panel->Launcher(program, QString(), QString(), QString());
+    QCOMPARE(record().size(), 1);
+    const QByteArray all(16, '0');
+    QCOMPARE(recorded(QStringLiteral("signals")), "SigBlk:\t" + all + "\nSigIgn:\t" + all + '\n');
+}
+
+void TestMPanelLauncher::manyLaunches()
+{
+    const int rounds = qEnvironmentVariableIntValue("VANTREL_LONG") != 0 ? 500 : 50;
+    const QString touch
+        = tools->file(QStringLiteral("count"), "#!/bin/sh\nexec mkdir \"${0%/*}/ran-$1\"\n", 0755);
+    QVERIFY(waitForList(panel));
+    const int descriptors = descriptorCount();
+    const int threads = threadCount();
+    for (int i = 0; i < rounds; ++i) {
+        panel->Launcher(touch, QString::number(i), QString(), QString());
+    }
+    for (int i = 0; i < rounds; ++i) {
+        QTRY_VERIFY(tools->exists(QStringLiteral("ran-%1").arg(i)));
+    }
+    QCOMPARE(childrenLeft(), QStringList());
+    QCOMPARE(descriptorCount(), descriptors);
+    QTRY_COMPARE(threadCount(), threads);
 }
 
 void TestMPanelLauncher::shellCharactersMeanNothing()
