@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -97,6 +98,15 @@ public:
     }
     /// The same with the kind of the entry, as far as the file system tells it.
     const dirent* nextEntry() { return ::readdir(m_folder); }
+
+    /// @return whether @p path leads to this very folder, and not by a link at its end
+    bool isAt(const char* path) const
+    {
+        struct stat own;
+        struct stat found;
+        return ::fstat(number(), &own) == 0 && ::fstatat(AT_FDCWD, path, &found, AT_SYMLINK_NOFOLLOW) == 0
+            && own.st_dev == found.st_dev && own.st_ino == found.st_ino;
+    }
 
     /// @return the folder's descriptor, still owned here
     int number() const { return ::dirfd(m_folder); }

@@ -8,11 +8,46 @@
 
 namespace {
 
+// Everything is deleted by its path, and what a path leads to can change: whoever may write to a folder on
+// the way can put a link in its place while the user is asked. So the path of a folder is compared with the
+// folder that is open, wherever time has gone by since it was looked at, and what the link leads to stays.
+
 constexpr const char* folderFailure = "Error deleting directory:\n";
+
+/// @return whether the listing is open and of the folder that the path leads to; else errno tells why
+bool isListingOf(const FolderListing& entries, const QByteArray& path)
+{
+    if (!entries.isOpen()) {
+        return false;
+    }
+    const bool isAt = entries.isAt(path.constData());
+    if (!isAt) {
+        errno = ENOTDIR;
+    }
+    return isAt;
+}
+
+/// @return whether a path still leads into the folder that its entry was found in; else errno tells why
+bool leadsInto(const FolderListing* folder, const QByteArray& path)
+{
+    return folder == nullptr || isListingOf(*folder, path.left(path.lastIndexOf('/')));
+}
+
+/// Looks at an entry of an open folder.
+/// @return whether its path leads to it; else errno tells why
+bool lookAt(const QByteArray& path, const dirent& entry, const FolderListing& folder, struct stat& info)
+{
+    if (::lstat(path.constData(), &info) != 0) {
+        return false;
+    }
+    // Where the folder tells another number, as for a mounted file system, the folder itself is compared.
+    return info.st_ino == entry.d_ino || leadsInto(&folder, path);
+}
 
 } // namespace
 
-void ProgressWorker::deleteItem(const QByteArray& path)
+/// @param folder the open folder that the item was found in; null for an item that the user has chosen
+void ProgressWorker::deleteItem(const QByteArray& path, const FolderListing* folder)
 {
     showPath(path);
     if (aborted()) {
@@ -20,40 +55,40 @@ void ProgressWorker::deleteItem(const QByteArray& path)
     }
     struct stat info;
     if (::lstat(path.constData(), &info) == 0 && !S_ISDIR(info.st_mode)) {
-        deleteFile(path);
+        deleteFile(path, folder);
         return;
     }
-    if (deleteEntries(path) && !aborted()) {
-        removeRepeatedly(folderFailure, path);
+    if (deleteEntries(path, folder) && !aborted()) {
+        removeRepeatedly(folderFailure, path, folder, false);
     }
 }
 
 /// @return whether the folder is to be removed now: it was listed to its end
-bool ProgressWorker::deleteEntries(const QByteArray& path)
+bool ProgressWorker::deleteEntries(const QByteArray& path, const FolderListing* folder)
 {
     FolderListing entries(path.constData());
-    while (!entries.isOpen()) {
+    while (!isListingOf(entries, path) || !leadsInto(folder, path)) {
         if (report("Error accessing directory:\n", path, errno) != AnswerRetry) {
             return false;
         }
         entries = FolderListing(path.constData());
     }
-    while (const char* name = entries.next()) {
+    while (const dirent* entry = entries.nextEntry()) {
         if (aborted()) {
             return false;
         }
-        if (FolderListing::isDots(name)) {
+        if (FolderListing::isDots(entry->d_name)) {
             continue;
         }
-        const QByteArray child = childPath(path, name);
+        const QByteArray child = childPath(path, entry->d_name);
         struct stat info;
         int answer = AnswerRetry;
-        while (answer == AnswerRetry && ::lstat(child.constData(), &info) != 0) {
+        while (answer == AnswerRetry && !lookAt(child, *entry, entries, info)) {
             // Names the folder and not the child. This is wanted.
             answer = report(folderFailure, path, errno);
         }
         if (answer == AnswerRetry) {
-            deleteEntry(child, info);
+            deleteEntry(child, info, entries);
         } else if (answer == AnswerAbort) {
             return false;
         }
@@ -61,22 +96,23 @@ bool ProgressWorker::deleteEntries(const QByteArray& path)
     return true;
 }
 
-void ProgressWorker::deleteEntry(const QByteArray& path, const struct stat& info)
+void ProgressWorker::deleteEntry(const QByteArray& path, const struct stat& info, const FolderListing& folder)
 {
     if (S_ISDIR(info.st_mode)) {
-        deleteItem(path);
+        deleteItem(path, &folder);
         return;
     }
-    deleteFile(path);
+    deleteFile(path, &folder);
     // Also where the file was kept. This is wanted.
     addDone(info.st_size + 1);
 }
 
-void ProgressWorker::deleteFile(const QByteArray& path)
+void ProgressWorker::deleteFile(const QByteArray& path, const FolderListing* folder)
 {
     showPath(path);
+    const bool asksNothing = dialog->deleteAll != 0;
     if (mayDelete(path)) {
-        removeRepeatedly("Error deleting file:\n", path);
+        removeRepeatedly("Error deleting file:\n", path, folder, asksNothing);
     }
 }
 
@@ -92,11 +128,16 @@ bool ProgressWorker::mayDelete(const QByteArray& path)
     return answer == AnswerYes || answer == AnswerYesAll;
 }
 
-void ProgressWorker::removeRepeatedly(const char* prefix, const QByteArray& path)
+/// @param folder the open folder that the item is in; null for an item that the user has chosen
+/// @param seenJustNow whether the item was looked at since the last time that something took its time
+void ProgressWorker::removeRepeatedly(
+    const char* prefix, const QByteArray& path, const FolderListing* folder, bool seenJustNow)
 {
-    while (::remove(path.constData()) != 0) {
+    bool isThere = seenJustNow || leadsInto(folder, path);
+    while (!isThere || ::remove(path.constData()) != 0) {
         if (report(prefix, path, errno) != AnswerRetry) {
             return;
         }
+        isThere = leadsInto(folder, path);
     }
 }

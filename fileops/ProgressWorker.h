@@ -101,12 +101,13 @@ private:
     int copyBlocks(int from, int to, int error);
 
     // Deleting.
-    void deleteItem(const QByteArray& path);
-    bool deleteEntries(const QByteArray& path);
-    void deleteEntry(const QByteArray& path, const struct stat& info);
-    void deleteFile(const QByteArray& path);
+    void deleteItem(const QByteArray& path, const FolderListing* folder = nullptr);
+    bool deleteEntries(const QByteArray& path, const FolderListing* folder);
+    void deleteEntry(const QByteArray& path, const struct stat& info, const FolderListing& folder);
+    void deleteFile(const QByteArray& path, const FolderListing* folder = nullptr);
     bool mayDelete(const QByteArray& path);
-    void removeRepeatedly(const char* prefix, const QByteArray& path);
+    void removeRepeatedly(
+        const char* prefix, const QByteArray& path, const FolderListing* folder, bool seenJustNow);
 };
 
 /// @return @p folder + "/" + @p name
