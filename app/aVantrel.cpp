@@ -1,6 +1,7 @@
 #include "app/aVantrel.h"
 
 #include "app/aGlobal.h"
+#include "panel/MList.h"
 #include "panel/MPanel.h"
 #include "ui_aVantrel.h"
 
@@ -62,10 +63,31 @@ void aVantrel::resizeEvent(QResizeEvent* /*event*/)
     }
 }
 
+bool aVantrel::focusNextPrevChild(bool next)
+{
+    const QList<QWidget*> stops = gwPanel1->tabStops() + gwPanel2->tabStops();
+    const int count = stops.size();
+    const int before = stops.indexOf(focusWidget());
+    for (int step = 1; step <= count; ++step) {
+        // From nowhere, the first one is next, and the last one before that.
+        const int from = before < 0 && !next ? 0 : before;
+        QWidget* stop = stops.at((from + (next ? step : count - step)) % count);
+        if (stop->isEnabled() && !stop->visibleRegion().isEmpty()) {
+            stop->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+            return true;
+        }
+    }
+    return false;
+}
+
 void aVantrel::arrange(int arrangement)
 {
     giWindowArrange = arrangement;
     resizeEvent(nullptr);
+    // Keys must not go to a panel that is not to be seen.
+    if (gwPanel2->size().isEmpty() && gwPanel2->isAncestorOf(focusWidget())) {
+        gwPanel1->list->setFocus(Qt::OtherFocusReason);
+    }
 }
 
 void aVantrel::on_actionExit_triggered()

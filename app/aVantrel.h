@@ -25,6 +25,9 @@ protected:
     /// Places the panels for giWindowArrange; a value that is no arrangement leaves them where they are.
     /// @param event not looked at; the menu slots hand over null
     void resizeEvent(QResizeEvent* event) override;
+    /// Goes through the panels in the order in which they are seen, and over what cannot be seen: the second
+    /// of two panels in an arrangement without it, path buttons beyond the edge.
+    bool focusNextPrevChild(bool next) override;
 
 private slots:
     void on_actionExit_triggered();

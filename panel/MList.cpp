@@ -66,16 +66,19 @@ void MList::mousePressEvent(QMouseEvent* event)
 void MList::mouseMoveEvent(QMouseEvent* event)
 {
     // The base handler is never called: a move with the button held drags and does not extend the selection.
-    dragWhenMoved(event, [this] {
-        gsDragBase = panel->currentPath;
-        gslDragList.clear();
-        const QString prefix = panel->listModel->pathPrefix(rootIndex());
-        forEachSelectedRow(this, [&](const QModelIndex& row) {
-            const QString name = panel->listModel->fileName(row);
-            if (name != QLatin1String("..")) {
-                gslDragList.append(prefix + name);
-            }
-        });
+    dragWhenMoved(event, [this] { takePending(); });
+}
+
+void MList::takePending() const
+{
+    gsDragBase = panel->currentPath;
+    gslDragList.clear();
+    const QString prefix = panel->listModel->pathPrefix(rootIndex());
+    forEachSelectedRow(this, [&](const QModelIndex& row) {
+        const QString name = panel->listModel->fileName(row);
+        if (name != QLatin1String("..")) {
+            gslDragList.append(prefix + name);
+        }
     });
 }
 
@@ -138,12 +141,19 @@ void MList::resizeEvent(QResizeEvent* /*event*/)
 void MList::focusInEvent(QFocusEvent* /*event*/)
 {
     panel->listSelectionChanged();
-    viewport()->update();
+    repaintFocus();
 }
 
 void MList::focusOutEvent(QFocusEvent* /*event*/)
 {
     panel->listSelectionChanged();
+    repaintFocus();
+}
+
+/// The base handlers would have the frame and the rows drawn anew.
+void MList::repaintFocus()
+{
+    update();
     viewport()->update();
 }
 

@@ -22,6 +22,8 @@ public:
     /// Scrolls to a place once the model has loaded its folder.
     /// @param place value of the vertical scroll bar
     void placeWhenLoaded(int place);
+    /// Makes the selected rows the pending items, as a drag does.
+    void takePending() const;
 
     MTree* partner = nullptr; ///< the panel's other view
     int charWidth = 0; ///< average width of a digit in pixels; 0 until the first resize
@@ -50,5 +52,7 @@ private slots:
     void restorePlace();
 
 private:
+    void repaintFocus();
+
     int m_place = 0;
 };

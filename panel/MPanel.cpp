@@ -47,6 +47,7 @@ MPanel::MPanel(QWidget* parent)
     tree->setContextMenuPolicy(Qt::CustomContextMenu);
     list->setContextMenuPolicy(Qt::CustomContextMenu);
     connectViews();
+    makeShortcuts();
     window()->installEventFilter(this);
 }
 
@@ -64,15 +65,15 @@ void MPanel::makeStatusBar()
 {
     statusBar = new QStatusBar(this);
     statusBar->show();
-    const auto makeLabel = [this](const QString& accessibleName) {
+    const auto makeLabel = [this](const QString& description) {
         auto* label = new QLabel(statusBar);
         label->setObjectName(QStringLiteral("StatusBar"));
         label->setTextFormat(Qt::PlainText); // folder names are no markup
-        label->setAccessibleName(accessibleName);
+        label->setAccessibleDescription(description); // the name is the text
         return label;
     };
-    selectionLabel = makeLabel(QString());
-    folderLabel = makeLabel(QString());
+    selectionLabel = makeLabel(QStringLiteral("Selection or free space"));
+    folderLabel = makeLabel(QStringLiteral("Contents of the folder"));
 }
 
 void MPanel::makeTree()

@@ -54,6 +54,9 @@ public:
     /// @return whether the key stands for a command
     bool mykeyPressEvent(QKeyEvent* event);
 
+    /// @return what Tab goes through, in this order: drive buttons, path buttons, tree, listing
+    QList<QWidget*> tabStops() const;
+
     /// Starts an external program, detached; it is never waited for. A start that fails is told in a message
     /// box.
     /// @param command program and arguments, separated by blanks; quotes have no meaning
@@ -107,6 +110,12 @@ public slots:
     void reloadList();
     /// Reads what both views show again, for changes that the system did not announce.
     void refresh();
+    /// Copies or moves what the view with the focus has selected into the other panel's folder, as a drag
+    /// there does.
+    void copyToOther();
+    void moveToOther();
+    void widenTree();
+    void narrowTree();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -122,6 +131,9 @@ private:
     void makeList();
     void makeSplitter();
     void connectViews();
+    void makeShortcuts();
+    void sendToOther(Qt::DropAction action);
+    void moveSplitter(int steps);
     void noteLastPath(const QString& path);
     void openFile(const QString& path, const QString& name);
     QString associatedCommand(const QString& name);

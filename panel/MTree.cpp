@@ -57,6 +57,12 @@ void MTree::showCurrent(const QModelIndex& folder)
     panel->currentTreeIndex = folder;
 }
 
+void MTree::showMenuOfCurrent()
+{
+    scrollTo(currentIndex());
+    emit customContextMenuRequested(visualRect(currentIndex()).center());
+}
+
 void MTree::keyPressEvent(QKeyEvent* event)
 {
     if (!panel->mykeyPressEvent(event)) {
@@ -73,10 +79,27 @@ void MTree::mousePressEvent(QMouseEvent* event)
 void MTree::mouseMoveEvent(QMouseEvent* event)
 {
     // The base handler is never called: a move with the button held drags and does not select.
-    dragWhenMoved(event, [this] {
-        gslDragList = QStringList(panel->currentPath);
-        gsDragBase = xs_UpOneLevel(panel->currentPath);
-    });
+    dragWhenMoved(event, [this] { takePending(); });
+}
+
+void MTree::takePending() const
+{
+    gslDragList = QStringList(panel->currentPath);
+    gsDragBase = xs_UpOneLevel(panel->currentPath);
+}
+
+void MTree::openCurrent()
+{
+    const QModelIndex current = currentIndex();
+    if (!current.isValid()) {
+        return;
+    }
+    const bool opens = !isExpanded(current);
+    const QPersistentModelIndex folder(current);
+    panel->on_TreeView_DoubleClicked(current);
+    if (opens) {
+        expand(folder.isValid() ? QModelIndex(folder) : panel->treeModel->index(panel->rootPath));
+    }
 }
 
 void MTree::mouseDoubleClickEvent(QMouseEvent* event)

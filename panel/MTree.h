@@ -22,11 +22,18 @@ public:
     /// Makes a folder the current row that the panel shows already, without telling the panel again.
     void showCurrent(const QModelIndex& folder);
 
+    /// Makes the panel's current folder the pending item, as a drag does.
+    void takePending() const;
+
     MList* partner = nullptr; ///< the panel's other view
 
 public slots:
     void nudgeMouse();
     void currentRowChanged(const QModelIndex& current, const QModelIndex& previous);
+    /// Folds the current folder, or reads the root again, as a double-click on it does.
+    void openCurrent();
+    /// Opens the context menu of the current folder, as a right click on it does.
+    void showMenuOfCurrent();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -1,0 +1,138 @@
+// What the mouse does in a panel by a double-click, a click on a header, a drag to the other panel and a drag
+// of the splitter, for those who have keys only. Keys that stand for commands are in MPanelKeyboard.cpp.
+
+#include "panel/MPanel.h"
+
+#include "app/aGlobal.h"
+#include "panel/MDriveBar.h"
+#include "panel/MList.h"
+#include "panel/MNavBar.h"
+#include "panel/MTree.h"
+
+#include <QApplication>
+#include <QPushButton>
+#include <QShortcut>
+#include <QSignalMapper>
+#include <QSplitter>
+
+namespace {
+
+constexpr int columns = 4;
+
+/// Parts of the panel's width that one key press moves the splitter by.
+constexpr int splitterSteps = 40;
+
+/// @return a key together with Ctrl
+constexpr int ctrl(int key)
+{
+    return static_cast<int>(Qt::CTRL) + key;
+}
+
+/// A shortcut of a widget and what is in it. Qt would find it behind an open menu, too, which has all keys.
+class PanelShortcut : public QShortcut
+{
+public:
+    PanelShortcut(const QKeySequence& keys, QWidget* owner)
+        : QShortcut(keys, owner)
+    {
+        setContext(Qt::WidgetWithChildrenShortcut);
+    }
+
+protected:
+    bool event(QEvent* event) override
+    {
+        return QApplication::activePopupWidget() != nullptr || QShortcut::event(event);
+    }
+};
+
+void addShortcut(QWidget* owner, const QKeySequence& keys, QObject* receiver, const char* slot)
+{
+    QObject::connect(new PanelShortcut(keys, owner), SIGNAL(activated()), receiver, slot);
+}
+
+} // namespace
+
+void MPanel::makeShortcuts()
+{
+    // Only keys that neither stand for a command nor mean anything to the views: Return, + and - do, even
+    // with Ctrl.
+    addShortcut(tree, ctrl(Qt::Key_O), tree, SLOT(openCurrent()));
+    addShortcut(list, ctrl(Qt::Key_O), list, SLOT(openCurrent()));
+    // Qt opens context menus by the Menu key only, which many keyboards lack.
+    const int menuKey = static_cast<int>(Qt::SHIFT) + Qt::Key_F10;
+    addShortcut(tree, menuKey, tree, SLOT(showMenuOfCurrent()));
+    addShortcut(list, menuKey, list, SLOT(showMenuOfCurrent()));
+    addShortcut(this, Qt::Key_F5, this, SLOT(copyToOther()));
+    addShortcut(this, Qt::Key_F6, this, SLOT(moveToOther()));
+    addShortcut(this, ctrl(Qt::Key_Greater), this, SLOT(widenTree()));
+    addShortcut(this, ctrl(Qt::Key_Less), this, SLOT(narrowTree()));
+
+    auto* sections = new QSignalMapper(this);
+    connect(sections, SIGNAL(mapped(int)), this, SLOT(headerClicked(int)));
+    for (int column = 0; column < columns; ++column) {
+        auto* shortcut = new PanelShortcut(ctrl(Qt::Key_1 + column), this);
+        connect(shortcut, SIGNAL(activated()), sections, SLOT(map()));
+        sections->setMapping(shortcut, column);
+    }
+}
+
+QList<QWidget*> MPanel::tabStops() const
+{
+    QList<QWidget*> stops;
+    for (QPushButton* button : qAsConst(driveBar->buttons)) {
+        stops.append(button);
+    }
+    for (QPushButton* button : qAsConst(navBar->buttons)) {
+        stops.append(button);
+    }
+    stops << tree << list;
+    return stops;
+}
+
+void MPanel::copyToOther()
+{
+    sendToOther(Qt::CopyAction);
+}
+
+void MPanel::moveToOther()
+{
+    sendToOther(Qt::MoveAction);
+}
+
+/// Does what dragging the selection to the other panel's empty space does. Where that panel is not to be
+/// seen, nothing can be dragged there.
+void MPanel::sendToOther(Qt::DropAction action)
+{
+    MPanel* other = this == gwPanel1 ? gwPanel2 : gwPanel1;
+    if (other == nullptr || other->size().isEmpty()) {
+        return;
+    }
+    if (list->hasFocus()) {
+        list->takePending();
+    } else if (tree->hasFocus()) {
+        tree->takePending();
+    } else {
+        return;
+    }
+    if (!gslDragList.isEmpty()) {
+        other->gotDrop(action, other->currentPath);
+    }
+}
+
+void MPanel::widenTree()
+{
+    moveSplitter(1);
+}
+
+void MPanel::narrowTree()
+{
+    moveSplitter(-1);
+}
+
+void MPanel::moveSplitter(int steps)
+{
+    const QList<int> before = splitter->sizes();
+    const int all = before.at(0) + before.at(1);
+    const int treeWidth = qBound(1, before.at(0) + steps * all / splitterSteps, all - 1);
+    splitter->setSizes({treeWidth, all - treeWidth});
+}
