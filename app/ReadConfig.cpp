@@ -121,30 +121,36 @@ const std::array<Key, 7> keys{{
     {QLatin1String("menu"), readMenu},
 }};
 
-/// @param line one line, trimmed; used up
-void readLine(QString& line)
+/// Takes a line into the settings.
+/// @param text one line, trimmed
+ConfigLine readLine(const QString& text)
 {
-    if (line.startsWith(QLatin1Char('#'))) {
-        return;
+    ConfigLine line;
+    line.text = text;
+    if (text.startsWith(QLatin1Char('#'))) {
+        return line;
     }
-    const QString name = takeField(line).toLower();
+    line.value = text;
+    line.key = takeField(line.value).toLower();
     for (const Key& key : keys) {
-        if (name == key.name) {
-            key.read(line);
-            return;
+        if (line.key == key.name) {
+            line.known = true;
+            QString rest = line.value;
+            key.read(rest);
+            break;
         }
     }
+    return line;
 }
 
 } // namespace
 
-void ReadConfig(QString path)
+bool ReadConfigLines(const QString& path, const std::function<void(const ConfigLine&)>& taken)
 {
     QFile file(path);
     // A pipe or a device would be waited for, or never end, so only a file (or a link to one) is opened.
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        criticalBox(nullptr, QStringLiteral("Error"), QStringLiteral("Failed to open .Vantrel"));
-        return;
+        return false;
     }
     // The drives are not emptied: they are only ever filled once, at start-up.
     gsAppStyleSheet.clear();
@@ -152,8 +158,19 @@ void ReadConfig(QString path)
     gstMenu.clear();
 
     QTextStream stream(&file);
-    while (!stream.atEnd()) {
-        QString line = stream.readLine().trimmed();
-        readLine(line);
+    for (int number = 1; !stream.atEnd(); ++number) {
+        ConfigLine line = readLine(stream.readLine().trimmed());
+        line.number = number;
+        if (taken) {
+            taken(line);
+        }
+    }
+    return true;
+}
+
+void ReadConfig(QString path)
+{
+    if (!ReadConfigLines(path, {})) {
+        criticalBox(nullptr, QStringLiteral("Error"), QStringLiteral("Failed to open .Vantrel"));
     }
 }

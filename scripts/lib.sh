@@ -108,7 +108,7 @@ build() {
 
 # own_sources: prints the C++ files of the project, one a line, from its root.
 own_sources() {
-    (cd "$ROOT" && for room in app panel fileops commands info tests bench fuzz; do
+    (cd "$ROOT" && for room in app panel fileops commands info check tests bench fuzz; do
         [ ! -d "$room" ] || find "$room" -type f \( -name '*.cpp' -o -name '*.h' \)
     done | LC_ALL=C sort)
 }

@@ -95,7 +95,7 @@ void TestManPages::setupHasEveryOption()
 void TestManPages::refersToPagesThatAreThere_data()
 {
     QTest::addColumn<QString>("page");
-    for (const char* page : {"vantrel.1", "vantrel.5", "vantrel-setup.1"}) {
+    for (const char* page : {"vantrel.1", "vantrel.5", "vantrel-setup.1", "vantrel-check.1"}) {
         QTest::newRow(page) << QStringLiteral("man/") + QLatin1String(page);
     }
 }

@@ -1,0 +1,128 @@
+#include "app/aGlobal.h"
+#include "check/SettingsCheck.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstdio>
+
+namespace {
+
+enum ExitStatus { NothingFound = 0, SomethingFound = 1, Trouble = 2 };
+
+const char* const usage
+    = "Usage: vantrel-check [--json] [FILE]\n"
+      "\n"
+      "Reads a settings file of Vantrel, ~/.Vantrel where none is named, and tells what the program\n"
+      "would pass over without a word. It never writes.\n"
+      "\n"
+      "  --json      tell it as JSON\n"
+      "  --help      show this text\n"
+      "  --version   show the version\n"
+      "\n"
+      "The exit status is 0 where nothing was found, 1 where something was, and 2 where the file\n"
+      "cannot be read.\n";
+
+struct Options
+{
+    bool json = false;
+    QString file;
+    QString text; ///< to show, and nothing else
+    QString error;
+};
+
+Options optionsOf(const QStringList& arguments)
+{
+    Options options;
+    for (const QString& argument : arguments) {
+        if (argument == QLatin1String("--json")) {
+            options.json = true;
+        } else if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
+            options.text = QString::fromLatin1(usage);
+        } else if (argument == QLatin1String("--version")) {
+            options.text = QStringLiteral("vantrel-check, %1\n").arg(gsVersion);
+        } else if (argument.startsWith(QLatin1Char('-')) || !options.file.isEmpty()) {
+            options.error = QStringLiteral("\"%1\" is not understood; try --help").arg(argument);
+        } else {
+            options.file = argument;
+        }
+    }
+    if (options.file.isEmpty()) {
+        options.file = QDir::homePath() + QStringLiteral("/.Vantrel");
+    }
+    return options;
+}
+
+int fail(const QString& text)
+{
+    const QByteArray bytes = QStringLiteral("vantrel-check: %1\n").arg(text).toLocal8Bit();
+    static_cast<void>(std::fputs(bytes.constData(), stderr));
+    return Trouble;
+}
+
+/// @return the status, or that of trouble where the standard output takes no more
+int put(const QByteArray& bytes, int status)
+{
+    const bool written = std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout)
+        == static_cast<size_t>(bytes.size());
+    return written && std::fflush(stdout) == 0
+        ? status
+        : fail(QStringLiteral("the standard output cannot be written"));
+}
+
+QByteArray asText(const QString& file, const Findings& findings)
+{
+    QString text;
+    for (const Finding& finding : findings) {
+        const QString place = finding.line > 0 ? QStringLiteral("%1:%2").arg(file).arg(finding.line) : file;
+        text += place + QStringLiteral(": ") + finding.text + QStringLiteral(" [") + finding.kind
+            + QStringLiteral("]\n");
+    }
+    return text.toLocal8Bit();
+}
+
+QByteArray asJson(const QString& file, const Findings& findings)
+{
+    QJsonArray all;
+    for (const Finding& finding : findings) {
+        all.append(QJsonObject{{"line", finding.line}, {"kind", finding.kind}, {"text", finding.text}});
+    }
+    return QJsonDocument(QJsonObject{{"file", file}, {"findings", all}}).toJson();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Style sheets need the widgets' library, which needs a display, or what stands for one. That would make
+    // the folder for run-time files where it is missing, or one among the temporary files. Where neither can
+    // be, it only complains.
+    qInstallMessageHandler(
+        [](QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& /*text*/) {});
+    qputenv("QT_QPA_PLATFORM", "minimal");
+    qputenv("XDG_RUNTIME_DIR", "/dev/null");
+    qputenv("TMPDIR", "/dev/null");
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    }
+    int one = 1; // Qt's own options are not for this program
+    const QApplication application(one, argv);
+    const Options options = optionsOf(arguments);
+    if (!options.error.isEmpty()) {
+        return fail(options.error);
+    }
+    if (!options.text.isEmpty()) {
+        return put(options.text.toLocal8Bit(), NothingFound);
+    }
+    SettingsCheck check;
+    if (!check.read(options.file)) {
+        return fail(QStringLiteral("%1 cannot be read").arg(options.file));
+    }
+    const Findings findings = check.findings();
+    const int status = findings.isEmpty() ? NothingFound : SomethingFound;
+    return put(options.json ? asJson(options.file, findings) : asText(options.file, findings), status);
+}
