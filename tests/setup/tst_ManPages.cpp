@@ -15,6 +15,7 @@ private slots:
     void settingsHasEveryKey();
     void settingsHasEveryKeyword();
     void setupHasEveryOption();
+    void checkHasEveryKind();
     void refersToPagesThatAreThere_data();
     void refersToPagesThatAreThere();
 };
@@ -90,6 +91,26 @@ void TestManPages::setupHasEveryOption()
     QString page = textOf(QStringLiteral("man/vantrel-setup.1"));
     page.replace(QLatin1String(" , Fl "), QLatin1String("\n.It Fl "));
     QCOMPARE(allOf(page, QStringLiteral("^\\.It Fl -([a-z]+)")), told);
+}
+
+/// The page and the guide name the kinds of findings that the sources do.
+void TestManPages::checkHasEveryKind()
+{
+    QString sources;
+    for (const char* file :
+        {"SettingsCheck.cpp", "SettingsCheckEntries.cpp", "CommandCheck.cpp", "StyleCheck.cpp"}) {
+        sources += textOf(QStringLiteral("check/") + QLatin1String(file));
+    }
+    const QSet<QString> kinds = allOf(sources, QStringLiteral("add\\([a-z.]+,\\s*\"([a-z-]+)\""))
+        + allOf(sources, QStringLiteral("\\{line, QStringLiteral\\(\"([a-z-]+)\"\\)"));
+    QCOMPARE(kinds.size(), 19);
+    QCOMPARE(
+        allOf(textOf(QStringLiteral("man/vantrel-check.1")), QStringLiteral("^\\.It Cm ([a-z-]+)$")), kinds);
+    QString guide = textOf(QStringLiteral("docs/guide.md"));
+    guide = guide.mid(guide.indexOf(QLatin1String("| it finds | in brackets |")));
+    guide.truncate(guide.indexOf(QLatin1String("\n\n")));
+    guide.replace(QLatin1String("`, `"), QLatin1String("` |\n| `"));
+    QCOMPARE(allOf(guide, QStringLiteral("\\| `([a-z-]+)` \\|$")), kinds);
 }
 
 void TestManPages::refersToPagesThatAreThere_data()
