@@ -1,6 +1,7 @@
 """The program without a mouse: all is reached by Tab and arrow keys, and used by keys."""
 
 import os
+from collections import Counter
 
 import a11y
 import desktop
@@ -8,14 +9,15 @@ from case import EXAMPLES, BrowseTest
 from commands import CommandTest
 from desktop import key, wait_for
 from files import read
+from operations import MANY, MOVE
 from panel import steady
 
 
 class Keys(BrowseTest):
-    def parts(self, panel):
-        """What keys can be given to in a panel."""
+    def in_order(self, panel):
+        """What keys can be given to in a panel, in the order in which Tab comes to it."""
         bars = (panel.part("frame", "Drive bar"), panel.part("filler", "Path bar"))
-        return {*(button for bar in bars for button in bar.find_all("push button")), panel.tree, panel.list}
+        return [*(button for bar in bars for button in bar.find_all("push button")), panel.tree, panel.list]
 
     def tab(self, name="Tab"):
         """Moves the keyboard, and returns to where."""
@@ -24,40 +26,42 @@ class Keys(BrowseTest):
         key(name)
         return wait_for(lambda: a11y.focus_told(main), f"{name} moves the keyboard")
 
-    def tab_to(self, part):
-        for _ in range(40):
-            if self.tab() == part:
-                return
-        self.fail(f"{part!r} is not reached")
-
     def test_tab_goes_through_all_and_back(self):
         panel = self.open(a="1")
         other = self.program.panel(2)
         other.wait_folder(self.tree)
-        self.tab_to(panel.tree)
-        everything = self.parts(panel) | self.parts(other)
-        there = [self.tab() for _ in everything]
-        self.assertEqual(set(there), everything)
-        self.assertEqual(there[-1], panel.tree, "it comes round")
-        self.assertEqual(there[0], panel.list, "the listing follows its tree")
+        everything = self.in_order(panel) + self.in_order(other)
+        everything[-1].grab_focus()
+        self.assertEqual([self.tab() for _ in everything], everything)
         back = [self.tab("shift+Tab") for _ in everything]
-        self.assertEqual(back, [*reversed(there[:-1]), panel.tree])
+        self.assertEqual(back, [*reversed(everything[:-1]), everything[-1]])
+
+    def test_tab_after_another_folder(self):
+        """The path buttons are made anew for each folder, and keep their place."""
+        panel = self.open("a", a={"x": "1"})
+        expected = self.in_order(panel)
+        self.assertEqual(expected[-3].name, "a/")
+        self.program.panel(2).list.grab_focus()
+        self.assertEqual([self.tab() for _ in expected], expected)
 
     def test_bars_are_pressed_by_keys(self):
         panel = self.open("a", a={"x": "1"})
         bar = panel.part("filler", "Path bar")
-        self.tab_to(bar.find("push button", "tree/"))
+        self.give(bar.find("push button", "tree/"))
         key("space")
         panel.wait_folder(self.tree)
-        self.tab_to(panel.part("frame", "Drive bar").find("push button", "Sub"))
+        self.give(panel.part("frame", "Drive bar").find("push button", "Sub"))
         key("space")
         panel.wait_folder(self.in_tree("a"))
 
-    # --- The order, in all arrangements.
+    # --- Menus and arrangements.
 
-    def in_order(self, panel):
-        bars = (panel.part("frame", "Drive bar"), panel.part("filler", "Path bar"))
-        return [*(button for bar in bars for button in bar.find_all("push button")), panel.tree, panel.list]
+    def give(self, part):
+        """Gives the keyboard to something that has not got it."""
+        main = self.program.main()
+        a11y.forget_focus(main)
+        part.grab_focus()
+        wait_for(lambda: a11y.focus_told(main), f"{part!r} has the keyboard")
 
     def choose(self, menu, entry):
         """Chooses from the menu bar by keys."""
@@ -87,19 +91,22 @@ class Keys(BrowseTest):
     def test_arrangements(self):
         panel = self.open(a="1")
         other = self.program.panel(2)
-        self.tab_to(panel.tree)
         for arrangement, panels in (("Single Panel", [panel]), ("Tile Horizontally", [panel, other]),
                                     ("Tile Vertically", [panel, other])):
             self.choose("Window", arrangement)
             wait_for(lambda: (other.extents[2] > 0) == (other in panels), f"{arrangement} is there")
-            expected = [part for one in panels for part in self.in_order(one)]
-            self.tab_to(expected[-1])
-            self.assertEqual([self.tab() for _ in expected], expected, arrangement)
+            # From the end of the last panel Tab comes to the first, and it goes over a panel that is not there.
+            last = panels[-1].list
+            last.grab_focus()
+            wait_for(lambda: last.has("focused"), "the last listing has the keyboard")
+            self.assertEqual(self.tab(), self.in_order(panel)[0], arrangement)
+            self.assertEqual(self.tab("shift+Tab"), last, arrangement)
 
     def test_the_keyboard_leaves_a_panel_that_goes(self):
         panel = self.open(a="1")
         other = self.program.panel(2)
-        self.tab_to(other.list)
+        other.list.grab_focus()
+        wait_for(lambda: other.list.has("focused"), "the second listing has the keyboard")
         self.choose("Window", "Single Panel")
         wait_for(lambda: panel.list.has("focused"), "the listing that is seen has the keyboard")
 
@@ -120,6 +127,16 @@ class Keys(BrowseTest):
         wait_for(still, f"{part!r} stands still")
         return seen[0]
 
+    def check_frame(self, part):
+        """Checks that what has the keyboard shows it; moves on, and returns to where."""
+        focused = self.picture(part)
+        following = self.tab()
+        other = self.picture(part)
+        changed = Counter(pair for rows in zip(focused, other) for pair in zip(*rows) if pair[0] != pair[1])
+        self.assertGreaterEqual(changed.total(), part.extents[2], f"a frame around {part!r}")
+        self.assertGreaterEqual(max(contrast(*pair) for pair in changed), 3, f"the frame of {part!r}")
+        return following
+
     def test_focus_is_seen(self):
         for example in ("Vantrel.starter", "Vantrel.dark"):
             with self.subTest(example=example):
@@ -127,16 +144,12 @@ class Keys(BrowseTest):
                 panel = self.program.panel(1)
                 panel.wait_folder(self.home)
                 desktop.xdo("mousemove", 5, desktop.SCREEN[1] - 5)
-                drive, *_, folder, tree, table = self.in_order(panel)
-                for part in (drive, folder, tree, table):
-                    self.tab_to(part)
-                    focused = self.picture(part)
-                    self.tab()
-                    other = self.picture(part)
-                    changed = [contrast(*pair) for rows in zip(focused, other) for pair in zip(*rows)
-                               if pair[0] != pair[1]]
-                    self.assertGreaterEqual(len(changed), part.extents[2], f"a frame around {part!r}")
-                    self.assertGreaterEqual(max(changed), 3, f"contrast of the frame around {part!r}")
+                drive, *_, folder, _tree, _list = self.in_order(panel)
+                for first, count in ((drive, 1), (folder, 3)):
+                    self.give(first)
+                    part = first
+                    for _ in range(count):
+                        part = self.check_frame(part)
                 self.program.quit()
 
 
@@ -149,6 +162,10 @@ def contrast(one, other):
     return (b + 0.05) / (a + 0.05)
 
 
+def named(table):
+    return [table.cell(row, 0).name for row in range(table.size[0])]
+
+
 class KeyCommands(CommandTest):
     """Commands without a mouse."""
 
@@ -157,16 +174,12 @@ class KeyCommands(CommandTest):
         self.wait_ready()
         panel.list.grab_focus()
         wait_for(lambda: panel.list.has("focused"), "the listing has the keyboard")
-        key("ctrl+Home")
-
-        def current():
-            return next((cell.name for cell in steady(panel.cells) if cell.has("focused")), None)
-        wait_for(lambda: current() == "..", "the first row")
-        for _ in range(panel.names.index(name)):
-            before = current()
-            key("Down")
-            wait_for(lambda: current() not in (before, None), "the next row")
-        self.assertEqual(current(), name)
+        table = panel.list
+        wait_for(lambda: name in steady(lambda: named(table)), f"{name} is there")
+        names = steady(lambda: named(table))
+        for row, step in enumerate(["ctrl+Home", *["Down"] * names.index(name)]):
+            key(step)
+            wait_for(lambda: table.cell(row, 0).has("focused"), f"{names[row]} has the keyboard")
 
     def test_open_and_up(self):
         panel = self.open(d={"x": ""})
@@ -186,12 +199,12 @@ class KeyCommands(CommandTest):
         return entries, place
 
     def test_context_menu_of_a_row(self):
-        panel = self.open(d={}, **{f"f{number:02}": "" for number in range(80)})
+        panel = self.open(d={}, **{f"f{number:02}": "" for number in range(60)})
         self.down_to(panel, "d")
         for pressed in ("Menu", "shift+F10"):
             entries, (x, y) = self.offered(pressed)
             self.assertIn("New folder", entries)
-            left, top, width, height = panel.cell("d").extents
+            left, top, width, height = panel.list.cell(1, 0).extents
             self.assertTrue(left <= x <= left + width and top <= y <= top + height, pressed)
         key("ctrl+End")  # a file, which is scrolled to
         for pressed in ("Menu", "shift+F10"):
@@ -199,7 +212,7 @@ class KeyCommands(CommandTest):
             self.assertIn("Sums", entries)
         # Scrolled away, the row is still what the menu is for.
         desktop.xdo("mousemove", *panel.list.middle, "click", "--repeat", 40, 4)
-        wait_for(lambda: panel.names[0] == "..", "the first rows are seen again")
+        wait_for(lambda: panel.list.cell(0, 0).extents[1] > panel.list.extents[1], "the first rows are seen again")
         entries, _ = self.offered("shift+F10")
         self.assertIn("Sums", entries)
 
@@ -244,3 +257,23 @@ class KeyCommands(CommandTest):
         key("Delete")
         self.program.message("Vantrel").keys("Right", "Return")
         self.assertTrue(os.path.exists(self.in_tree("b")), "answered No")
+
+    def test_copy_and_move_to_the_other_panel(self):
+        panel = self.open(a="1", b="2", d={})
+        other = self.program.panel(2)
+        other.open_row("d")
+        other.wait_folder(self.in_tree("d"))
+        for pressed, name, question in (("F5", "a", MANY), ("F6", "b", MOVE)):
+            self.down_to(panel, name)
+            key(pressed)
+            self.confirm(question + self.in_tree("d"))
+            self.finished()
+        self.assert_tree({"a": "1", "d/": "", "d/a": "1", "d/b": "2"})
+
+    def test_the_tree_is_made_wider_and_narrower(self):
+        panel = self.open()
+        before = panel.tree.extents[2]
+        key("ctrl+greater")
+        wait_for(lambda: panel.tree.extents[2] > before, "the tree is wider")
+        key("ctrl+less", "ctrl+less")
+        wait_for(lambda: panel.tree.extents[2] < before, "the tree is narrower")
