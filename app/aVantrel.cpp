@@ -5,6 +5,7 @@
 #include "panel/MPanel.h"
 #include "ui_aVantrel.h"
 
+#include <QAccessible>
 #include <QMessageBox>
 
 namespace {
@@ -111,6 +112,16 @@ void aVantrel::on_actionTile_Horizontally_triggered()
 }
 
 void aVantrel::on_actionAbout_triggered()
+{
+    if (QAccessible::isActive()) {
+        // A screen reader that chooses this waits for the return, and could not read the box meanwhile.
+        QMetaObject::invokeMethod(this, "showAbout", Qt::QueuedConnection);
+    } else {
+        showAbout();
+    }
+}
+
+void aVantrel::showAbout()
 {
     QMessageBox::about(this, QStringLiteral("About Vantrel"),
         QLatin1Char('\n') + gsProduct + QLatin1Char(' ') + gsVersion + QStringLiteral("\n\n") + gsCopywrite);

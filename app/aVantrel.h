@@ -35,6 +35,7 @@ private slots:
     void on_actionSingle_Panel_triggered();
     void on_actionTile_Horizontally_triggered();
     void on_actionAbout_triggered();
+    void showAbout();
 
 private:
     void arrange(int arrangement);

@@ -3,6 +3,7 @@
 #include "panel/MPanel.h"
 
 #include "app/aGlobal.h"
+#include "commands/MenuChoice.h"
 #include "commands/MenuFilter.h"
 #include "panel/MList.h"
 #include "panel/MTree.h"
@@ -54,8 +55,9 @@ void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& gl
             addEntry(menu, entry);
         }
     }
-    const QAction* chosen = menu.exec(globalPos);
-    if (chosen != nullptr) {
+    const MenuChoice choice(&menu);
+    menu.exec(globalPos);
+    if (const QAction* chosen = choice.entry()) {
         DoAction(chosen->data().toInt(), contextPath, chosen->statusTip());
     }
 }

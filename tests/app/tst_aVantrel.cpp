@@ -2,6 +2,7 @@
 #include "app/aVantrel.h"
 #include "panel/MPanel.h"
 #include "tests/support/BoxAnswers.h"
+#include "tests/support/Listening.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TestMain.h"
 
@@ -94,6 +95,7 @@ private slots:
     void resizeFollowsTheWindow();
 
     void about();
+    void aboutDoesNotKeepAScreenReaderWaiting();
     void exitCloses();
     void exitEndsTheEventLoop();
 };
@@ -359,6 +361,18 @@ void TestaVantrel::about()
     QCOMPARE(box.parent, &window);
     QVERIFY(box.modal);
     QVERIFY(!Qt::mightBeRichText(box.text));
+}
+
+void TestaVantrel::aboutDoesNotKeepAScreenReaderWaiting()
+{
+    VANTREL_NEEDS_LISTENING();
+    Window window;
+    BoxAnswers boxes;
+    boxes.click(QStringLiteral("OK"));
+    window.findChild<QAction*>(QStringLiteral("actionAbout"))->trigger();
+    setListening(false);
+    QVERIFY(boxes.seen().isEmpty());
+    QTRY_COMPARE(boxes.left(), 0);
 }
 
 void TestaVantrel::exitCloses()
