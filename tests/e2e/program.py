@@ -268,6 +268,11 @@ class Popup:
         desktop.click(*self.window.find("menu item", text).middle)
         self.wait_gone()
 
+    def press(self, text):
+        """Chooses as assistive technology does."""
+        self.window.find("menu item", text).do("Press")
+        self.wait_gone()
+
     def dismiss(self):
         desktop.key("Escape")
         self.wait_gone()
