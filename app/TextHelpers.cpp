@@ -67,10 +67,11 @@ QString xs_formatPermisions(const QFileInfo& info)
         {QFile::ExeOwner, 100}, {QFile::ReadGroup, 40}, {QFile::WriteGroup, 20}, {QFile::ExeGroup, 10},
         {QFile::ReadOther, 4}, {QFile::WriteOther, 2}, {QFile::ExeOther, 1}}};
 
-    const QFile::Permissions permissions = info.permissions();
+    // One by one: all permissions at once hold those of the user, for which Qt asks the system again and lets
+    // other copies of the info, which share what it knows, become new without anyone noticing.
     int sum = 0;
     for (const Digit& digit : digits) {
-        if (permissions.testFlag(digit.flag)) {
+        if (info.permission(digit.flag)) {
             sum += digit.value;
         }
     }

@@ -42,6 +42,7 @@ private slots:
     void permissions();
     void permissionsOfFolderAndLink();
     void permissionsOfMissingFile();
+    void permissionsLookNothingUp();
 };
 
 void TestTextHelpers::tok_data()
@@ -305,6 +306,20 @@ void TestTextHelpers::permissionsOfMissingFile()
     const TestDir dir;
     QCOMPARE(xs_formatPermisions(QFileInfo(dir.path(QStringLiteral("missing")))), QStringLiteral("000"));
     QCOMPARE(xs_formatPermisions(QFileInfo()), QStringLiteral("000"));
+}
+
+void TestTextHelpers::permissionsLookNothingUp()
+{
+    // The copies of an info share what it knows. If that became new by the way, a change that the copies are
+    // compared for would be missed.
+    const TestDir dir;
+    const QString path = dir.file(QStringLiteral("file"), "old", 0640);
+    const QFileInfo info(path);
+    QCOMPARE(info.size(), qint64(3));
+    const QList<QFileInfo> copies{info};
+    dir.file(QStringLiteral("file"), "new and longer");
+    QCOMPARE(xs_formatPermisions(info), QStringLiteral("640"));
+    QCOMPARE(copies.constFirst().size(), qint64(3));
 }
 
 VANTREL_TEST_MAIN(TestTextHelpers)
