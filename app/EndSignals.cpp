@@ -1,6 +1,7 @@
 #include "app/EndSignals.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QSocketNotifier>
 
 #include <array>
@@ -47,7 +48,7 @@ EndSignals::EndSignals()
         m_readEnd = ends[0];
         writeEnd = ends[1];
         m_notifier = new QSocketNotifier(m_readEnd, QSocketNotifier::Read, this);
-        connect(m_notifier, SIGNAL(activated(int)), this, SLOT(quitNow()));
+        connect(m_notifier, SIGNAL(activated(int)), this, SLOT(readSignals()));
         for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
             handle(signal, askForTheEnd);
         }
@@ -56,6 +57,7 @@ EndSignals::EndSignals()
     restorePipeSignal = handle(SIGPIPE, doNothing) ? 1 : 0;
     static const int registered = ::pthread_atfork(nullptr, nullptr, afterFork);
     Q_UNUSED(registered)
+    QCoreApplication::instance()->installEventFilter(this);
 }
 
 EndSignals::~EndSignals()
@@ -87,10 +89,24 @@ bool EndSignals::handle(int signal, void (*handler)(int))
     return true;
 }
 
-void EndSignals::quitNow()
+void EndSignals::readSignals()
 {
     std::array<char, 64> bytes{};
     while (::read(m_readEnd, bytes.data(), bytes.size()) > 0) { }
+    quitNow();
+}
+
+bool EndSignals::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Quit && watched == QCoreApplication::instance()) {
+        quitNow();
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void EndSignals::quitNow()
+{
     m_haveCome = true;
     QCoreApplication::quit();
 }

@@ -5,6 +5,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QDialog>
+#include <QMessageBox>
 #include <QProcess>
 #include <QThread>
 #include <QTimer>
@@ -71,6 +72,8 @@ private slots:
     void quits();
     void quitsFromAnyThread();
     void endsNestedLoops();
+    void quitEventEndsPastARefusal_data();
+    void quitEventEndsPastARefusal();
     void tellsWhatCameBeforeTheLoop();
     void manyAtOnce();
     void ignoredSignalsStayIgnored_data();
@@ -131,6 +134,37 @@ void TestEndSignals::endsNestedLoops()
     });
     QCOMPARE(runLoop(), 0);
     QCOMPARE(order, (QStringList{"inner", "outer"}));
+}
+
+void TestEndSignals::quitEventEndsPastARefusal_data()
+{
+    QTest::addColumn<bool>("posted");
+    QTest::newRow("sent, as by the session") << false;
+    QTest::newRow("posted") << true;
+}
+
+void TestEndSignals::quitEventEndsPastARefusal()
+{
+    // A box with several buttons and none for Escape cannot be closed; all that is left is to end its loop.
+    QFETCH(bool, posted);
+    const EndSignals signalHandling;
+    bool stood = false;
+    QTimer::singleShot(0, [&] {
+        QMessageBox box(QMessageBox::Warning, "Title", "Text", QMessageBox::Help | QMessageBox::Reset);
+        QTimer::singleShot(0, &box, [&] {
+            if (posted) {
+                QCoreApplication::postEvent(qApp, new QEvent(QEvent::Quit));
+            } else {
+                QEvent quit(QEvent::Quit);
+                QCoreApplication::sendEvent(qApp, &quit);
+            }
+        });
+        box.exec();
+        stood = box.isVisible(); // not answered
+    });
+    QCOMPARE(runLoop(), 0);
+    QVERIFY(stood);
+    QVERIFY(signalHandling.haveCome());
 }
 
 void TestEndSignals::tellsWhatCameBeforeTheLoop()
