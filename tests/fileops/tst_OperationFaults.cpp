@@ -2,6 +2,7 @@
 
 #include "app/aGlobal.h"
 #include "tests/support/FaultShim.h"
+#include "tests/support/MemoryMount.h"
 #include "tests/support/OperationRun.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
@@ -15,9 +16,7 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <memory>
-#include <sched.h>
 #include <sys/ioctl.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -40,43 +39,6 @@ QByteArray bytes(const QString& path)
 {
     return QFile::encodeName(path);
 }
-
-/// A file system of its own in memory, seen by this process alone. Its place is an empty folder.
-class MemoryMount
-{
-public:
-    MemoryMount(const QString& place, const char* options)
-        : m_place(bytes(place))
-        , m_mounted(::mount("tmpfs", m_place.constData(), "tmpfs", 0, options) == 0)
-    {
-    }
-    ~MemoryMount()
-    {
-        if (m_mounted) {
-            ::umount2(m_place.constData(), MNT_DETACH);
-        }
-    }
-    MemoryMount(const MemoryMount&) = delete;
-    MemoryMount& operator=(const MemoryMount&) = delete;
-    bool isMounted() const { return m_mounted; }
-    bool makeReadOnly() const
-    {
-        return ::mount(nullptr, m_place.constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
-    }
-    bool resize(const char* options) const
-    {
-        return ::mount(nullptr, m_place.constData(), nullptr, MS_REMOUNT, options) == 0;
-    }
-
-private:
-    QByteArray m_place;
-    bool m_mounted;
-};
-
-#define NEEDS_MOUNT(mount)                                                                                   \
-    if (!(mount).isMounted()) {                                                                              \
-        QSKIP("nothing can be mounted here");                                                                \
-    }
 
 /// Whether a file or folder can be made immutable or is so no longer.
 bool setImmutable(const QString& path, bool immutable)
@@ -1035,9 +997,7 @@ void TestOperationFaults::moveAcrossFileSystems()
 /// Like VANTREL_TEST_MAIN, with mounts of its own, which end with the process.
 int main(int argc, char** argv)
 {
-    if (isRoot() && ::unshare(CLONE_NEWNS) == 0) {
-        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
-    }
+    useOwnMounts();
     prepareTestProcess();
     QApplication app(argc, argv);
     int failures = 0;
