@@ -157,6 +157,9 @@ void BoxAnswers::look()
     m_seen.append(noted);
 
     const QStringList otherwise = m_choose ? QStringList{m_choose(noted.text)} : m_otherwise;
+    if (m_answers.isEmpty() && otherwise == QStringList{QString()}) {
+        return;
+    }
     if (m_answers.isEmpty() && !otherwise.isEmpty()) {
         for (const QString& text : otherwise) {
             if (QAbstractButton* button = buttonOf(box, text)) {

@@ -42,6 +42,7 @@ public:
     /// Answers every box that no other answer is armed for: by the first of these buttons that it has.
     BoxAnswers& otherwise(const QStringList& buttonTexts);
     /// Answers every box that no other answer is armed for: by the button that @p choose names for its text.
+    /// An empty name leaves the box as it is.
     BoxAnswers& otherwise(std::function<QString(const QString& text)> choose);
     /// Runs @p what while the next box is open, before the answer that is armed after it.
     BoxAnswers& meanwhile(std::function<void()> what);
