@@ -32,6 +32,16 @@ int threadCount()
     return entries(QStringLiteral("/proc/self/task"));
 }
 
+int pooledThreadCount()
+{
+    const QStringList threads
+        = QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return static_cast<int>(std::count_if(threads.begin(), threads.end(), [](const QString& thread) {
+        QFile name(QStringLiteral("/proc/self/task/%1/comm").arg(thread));
+        return name.open(QIODevice::ReadOnly) && name.readAll() == "Thread (pooled)\n";
+    }));
+}
+
 int descriptorCount()
 {
     return entries(QStringLiteral("/proc/self/fd"));
