@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int refreshIntervalMs = 100;
+constexpr int checksumRefreshMs = 100;
 
 } // namespace
 
@@ -27,7 +27,7 @@ Checksum::Checksum(QWidget* parent, const QString& pathToRead)
     show();
     checkFile();
     total = QFileInfo(path).size();
-    startTimer(refreshIntervalMs, Qt::CoarseTimer);
+    startTimer(checksumRefreshMs, Qt::CoarseTimer);
     m_thread = std::make_unique<WorkerThread>(new ChecksumWorker(this), this);
 }
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int refreshIntervalMs = 10;
+constexpr int sizeRefreshMs = 10;
 
 QString grouped(qint64 number)
 {
@@ -29,7 +29,7 @@ DialogFileSize::DialogFileSize(QWidget* parent, const QString& pathToCount)
     m_ui->setupUi(this);
     styleStatisticsBox(m_ui->groupBox);
     m_ui->label->setText(QString());
-    startTimer(refreshIntervalMs, Qt::CoarseTimer);
+    startTimer(sizeRefreshMs, Qt::CoarseTimer);
     m_thread = std::make_unique<WorkerThread>(new SizeWorkerClass(this), this);
 }
 

@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int iconPixels = 64;
+constexpr int propertiesIconPixels = 64;
 
 /// @return the link's own text, which QFileInfo would make an absolute path of
 QString linkText(const QString& path)
@@ -75,7 +75,7 @@ void MProperties::on_pushButton_clicked()
 void MProperties::showIcon(const QFileInfo& info)
 {
     const QIcon icon = QFileIconProvider().icon(info);
-    const QSize size = icon.actualSize(QSize(iconPixels, iconPixels));
+    const QSize size = icon.actualSize(QSize(propertiesIconPixels, propertiesIconPixels));
     m_ui->label_Icon->setPixmap(icon.pixmap(size, QIcon::Normal, QIcon::Off));
 }
 

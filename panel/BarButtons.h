@@ -8,6 +8,9 @@ class QWidget;
 /// What the navigation bar and the drive bar have in common: buttons placed by hand, from an average
 /// character width.
 
+/// Pixels between a bar's left edge and its first button.
+constexpr int barLeftMargin = 10;
+
 /// Makes a shown sample button on a bar, measures its font and deletes it again.
 /// @param bar the bar; its height is the button's plus 2 pixels
 /// @param objectName name that style sheets address the bar's buttons by

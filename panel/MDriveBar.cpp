@@ -10,13 +10,12 @@
 
 namespace {
 
-const QString& barName()
+const QString& driveBarName()
 {
     static const QString name = QStringLiteral("DriveBar");
     return name;
 }
 
-constexpr int leftMargin = 10;
 constexpr int gap = 16;
 constexpr int iconPixels = 16;
 
@@ -26,10 +25,10 @@ MDriveBar::MDriveBar(QFrame* parent)
     : QFrame(parent)
     , panel(parent)
     , mapper(new QSignalMapper(this))
-    , charWidth(averageDigitWidth(this, barName(), false))
+    , charWidth(averageDigitWidth(this, driveBarName(), false))
 {
     connect(mapper, SIGNAL(mapped(int)), this, SLOT(buttonPressed(int)));
-    nextX = leftMargin;
+    nextX = barLeftMargin;
     setFrameShadow(QFrame::Sunken);
     setFrameShape(QFrame::StyledPanel);
     setAccessibleName(QStringLiteral("Drive bar"));
@@ -40,7 +39,7 @@ MDriveBar::MDriveBar(QFrame* parent)
 
 void MDriveBar::MakeOneButton(const QString& text)
 {
-    QPushButton* button = makeBarButton(this, barName(), text, false);
+    QPushButton* button = makeBarButton(this, driveBarName(), text, false);
     buttons.append(button);
     // The 30 pixels leave room for the icon.
     const int w = static_cast<int>(static_cast<double>(static_cast<float>(text.length()) * charWidth) + 30.0);

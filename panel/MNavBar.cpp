@@ -8,13 +8,11 @@
 
 namespace {
 
-const QString& barName()
+const QString& navBarName()
 {
     static const QString name = QStringLiteral("NavBar");
     return name;
 }
-
-constexpr int leftMargin = 10;
 
 } // namespace
 
@@ -22,7 +20,7 @@ MNavBar::MNavBar(QWidget* parent)
     : QWidget(parent)
     , panel(parent)
     , mapper(new QSignalMapper(this))
-    , charWidth(averageDigitWidth(this, barName(), true))
+    , charWidth(averageDigitWidth(this, navBarName(), true))
 {
     setAccessibleName(QStringLiteral("Path bar"));
 }
@@ -47,7 +45,7 @@ void MNavBar::SetNavBar(const QString& path)
 {
     deleteButtons();
     buttonCount = 0;
-    nextX = leftMargin;
+    nextX = barLeftMargin;
     const QString full = path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
     for (int i = 0;; ++i) {
         const QString section = full.section(QLatin1Char('/'), i, i, QString::SectionIncludeTrailingSep);
@@ -63,7 +61,7 @@ void MNavBar::SetNavBar(const QString& path)
 
 void MNavBar::MakeOneButton(const QString& text)
 {
-    QPushButton* button = makeBarButton(this, barName(), text, true);
+    QPushButton* button = makeBarButton(this, navBarName(), text, true);
     buttons.append(button);
     const int w = static_cast<int>(static_cast<double>(static_cast<float>(text.length()) * charWidth) + 2.0);
     button->setGeometry(nextX, 0, w + 2, height() - 2);

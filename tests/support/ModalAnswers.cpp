@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int lookIntervalMs = 2;
+constexpr int modalLookIntervalMs = 2;
 const char* const answeredProperty = "answeredByTest";
 
 /// @return the dialog or menu that waits for the user; null where there is none
@@ -29,7 +29,7 @@ ModalAnswers::ModalAnswers(QObject* parent)
     : QObject(parent)
 {
     connect(&m_timer, &QTimer::timeout, this, &ModalAnswers::look);
-    m_timer.start(lookIntervalMs);
+    m_timer.start(modalLookIntervalMs);
 }
 
 ModalAnswers::~ModalAnswers()
