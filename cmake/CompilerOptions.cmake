@@ -3,6 +3,7 @@
 option(VANTREL_WERROR "Treat warnings as errors" ON)
 set(VANTREL_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, 'address,undefined' or 'thread'")
 option(VANTREL_COVERAGE "Build for lcov" OFF)
+option(VANTREL_QUICK_COMPILE "Compile Qt's headers once and sources in batches; hides an include that is missing" OFF)
 
 find_program(CCACHE_PROGRAM ccache)
 if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
