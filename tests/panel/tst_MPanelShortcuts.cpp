@@ -306,7 +306,8 @@ void TestMPanelShortcuts::returnStaysWithTheViews_data()
     QTest::addColumn<int>("key");
     QTest::addColumn<int>("modifiers");
     for (const int key : {Qt::Key_Return, Qt::Key_Enter}) {
-        for (const int modifiers : {Qt::NoModifier, Qt::ControlModifier}) {
+        for (const Qt::KeyboardModifier modifier : {Qt::NoModifier, Qt::ControlModifier}) {
+            const int modifiers = static_cast<int>(modifier);
             QTest::newRow(qPrintable(QKeySequence(key + modifiers).toString())) << key << modifiers;
         }
     }
