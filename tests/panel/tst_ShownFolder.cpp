@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QHash>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
@@ -47,13 +48,6 @@ QStringList namesOnDisk(const QString& folder)
     return names;
 }
 
-QStringList namesShown(const MPanel* panel)
-{
-    QStringList names = listNames(panel);
-    names.sort();
-    return names;
-}
-
 /// @return how the listing differs from a folder on disk, the sizes of its files included; empty where it
 /// does not
 QStringList staleRows(const MPanel* panel, const QString& folder)
@@ -61,18 +55,20 @@ QStringList staleRows(const MPanel* panel, const QString& folder)
     if (panel->listModel->rootPath() != folder) {
         return {"shows " + panel->listModel->rootPath()};
     }
-    const QStringList shown = namesShown(panel);
-    const QStringList onDisk = namesOnDisk(folder);
+    QHash<QString, int> times;
+    for (const QString& name : listNames(panel)) {
+        ++times[name];
+    }
     QStringList all;
-    for (const QString& name : shown) {
-        if (!onDisk.contains(name)) {
-            all.append("too much: " + name);
+    for (const QString& name : namesOnDisk(folder)) {
+        const int shown = times.take(name);
+        if (shown != 1) {
+            all.append(QStringLiteral("%1 times: %2").arg(shown).arg(name));
         }
     }
-    for (const QString& name : onDisk) {
-        if (shown.count(name) != 1) {
-            all.append(QStringLiteral("%1 times: %2").arg(shown.count(name)).arg(name));
-        }
+    const QStringList tooMuch = times.keys();
+    for (const QString& name : tooMuch) {
+        all.append("too much: " + name);
     }
     const QModelIndex root = panel->list->rootIndex();
     for (int row = 0; row < panel->listModel->rowCount(root); ++row) {
@@ -88,15 +84,30 @@ QStringList staleRows(const MPanel* panel, const QString& folder)
     return all;
 }
 
-/// Waits until the listing shows a folder as it is on disk.
+/// Waits until the listing shows a folder as it is on disk. Looking takes long in a large folder, so most of
+/// the time is left to what is waited for.
 bool showsTheDisk(const MPanel* panel, const QString& folder)
 {
-    const bool does
-        = QTest::qWaitFor([&] { return staleRows(panel, folder).isEmpty(); }, isLong() ? 60000 : 20000);
-    if (!does) {
-        qInfo("%s", qPrintable(staleRows(panel, folder).join("\n")));
+    const int patienceMs = isLong() ? 120000 : 20000;
+    QElapsedTimer clock;
+    clock.start();
+    QStringList stale;
+    qint64 nextLook = 0;
+    const bool shows = QTest::qWaitFor(
+        [&] {
+            if (clock.elapsed() < nextLook) {
+                return false;
+            }
+            const qint64 began = clock.elapsed();
+            stale = staleRows(panel, folder);
+            nextLook = clock.elapsed() + 4 * (clock.elapsed() - began);
+            return stale.isEmpty();
+        },
+        patienceMs);
+    if (!shows) {
+        qInfo("%s", qPrintable(stale.mid(0, 20).join("\n")));
     }
-    return does;
+    return shows;
 }
 
 /// Runs a thread to its end, and the event loop meanwhile, in which @p turn is called each millisecond.
