@@ -18,6 +18,11 @@ void useOwnMounts()
         && ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
+bool hasOwnMounts()
+{
+    return ownMounts;
+}
+
 MemoryMount::MemoryMount(const QString& place, const char* options)
     : m_place(QFile::encodeName(place))
     , m_mounted(ownMounts && ::mount("tmpfs", m_place.constData(), "tmpfs", 0, options) == 0)
@@ -43,6 +48,21 @@ void MemoryMount::unmount()
 {
     if (m_mounted) {
         m_mounted = false;
+        ::umount2(m_place.constData(), MNT_DETACH);
+    }
+}
+
+BindMount::BindMount(const QString& source, const QString& place)
+    : m_place(QFile::encodeName(place))
+    , m_mounted(ownMounts
+          && ::mount(QFile::encodeName(source).constData(), m_place.constData(), nullptr, MS_BIND, nullptr)
+              == 0)
+{
+}
+
+BindMount::~BindMount()
+{
+    if (m_mounted) {
         ::umount2(m_place.constData(), MNT_DETACH);
     }
 }
