@@ -13,48 +13,34 @@
 #include "panel/myFileSystemModel.h"
 
 #include <QApplication>
-#include <QEventLoop>
 #include <QFileInfo>
 #include <QPair>
-#include <QTimer>
+#include <QPointer>
 #include <QVector>
 
 #include <sys/stat.h>
 
 namespace {
 
-/// How long a window may take to get the keyboard back, in milliseconds.
-constexpr int keyboardPatienceMs = 500;
-
-/// Waits until a window has the keyboard again that a box had, which has just closed. Under X a modal dialog
-/// that opens before that takes it over, and where that one closes at once, too, the X server has given the
-/// keys to the window, but Qt knows of no window that has them. To ask for the keyboard would not help: the
-/// answer may come when the dialog is open.
-void waitForKeyboard(const QWidget* window)
-{
-    QEventLoop loop;
-    QObject::connect(qApp, SIGNAL(focusWindowChanged(QWindow*)), &loop, SLOT(quit()));
-    QTimer patience;
-    patience.setSingleShot(true);
-    QObject::connect(&patience, SIGNAL(timeout()), &loop, SLOT(quit()));
-    patience.start(keyboardPatienceMs);
-    while (!window->isActiveWindow() && patience.isActive()) {
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
-    }
-}
+/// How long a window manager may take to give the keyboard to a window, in milliseconds.
+constexpr int momentMs = 1000;
 
 /// Asks, and runs the pending operation if the answer is Yes.
 void askAndRun(QWidget* parent, const QString& question, int kind)
 {
-    const bool waits = parent->isActiveWindow() && QGuiApplication::platformName() == QLatin1String("xcb");
-    if (questionBox(parent, gsProduct, question)) {
-        if (waits) {
-            waitForKeyboard(parent);
-        }
-        auto* progress = new MProgress(parent, kind); // frees itself when it has been executed
-        progress->exec();
-        // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
-        parent->window()->activateWindow();
+    if (!questionBox(parent, gsProduct, question)) {
+        return;
+    }
+    const QPointer<MProgress> progress
+        = new MProgress(parent, kind); // frees itself when it has been executed
+    progress->exec();
+    // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
+    parent->window()->activateWindow();
+    const QWidget* active = QApplication::activeWindow();
+    if ((active == nullptr || !active->isVisible()) && progress && progress->undisturbedMs() < momentMs) {
+        // The dialog came and went while the window manager was still giving the keyboard from the question
+        // back to the window. Qt hands it on to the dialog then, and is never told that the window has it.
+        QApplication::setActiveWindow(parent->window());
     }
 }
 

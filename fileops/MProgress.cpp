@@ -83,6 +83,11 @@ int MProgress::exec()
     return result;
 }
 
+qint64 MProgress::undisturbedMs() const
+{
+    return elapsed->elapsed();
+}
+
 void MProgress::timerEvent(QTimerEvent* /*event*/)
 {
     QMutexLocker lock(&gmutexLock);

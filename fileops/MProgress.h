@@ -52,6 +52,8 @@ public:
     /// loop. The caller must have made it with new, or must not care: a dialog that ends earlier is just
     /// gone.
     int exec() override;
+    /// @return milliseconds since the dialog was shown or the last question was answered. GUI thread only
+    qint64 undisturbedMs() const;
 
     // What the two threads share. The worker reads and writes these fields while it runs; those that both
     // threads touch are atomic, without any order between them.

@@ -192,6 +192,7 @@ class ListeningToDialogs(CommandTest):
                          "label: Speed: inf MBytes/sec", "push button: Abort (default)")
         self.do(question, "Yes")
         self.finished()
+        self.wait_ready()
         self.assertEqual(read(self.in_tree("d", "b")), "2" * 1000)
 
     def test_error_and_abort(self):
