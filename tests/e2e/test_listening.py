@@ -106,6 +106,19 @@ class Listening(BrowseTest):
         self.assertEqual(panel.path, self.tree)
         panel.branch("d")
 
+    def test_tree(self):
+        panel = self.open(d={"e": {}})
+        main = self.program.main()
+        both = ["tree", "d"]
+        for step, name, unfolded in (("Down", "d", ["tree"]), ("Right", None, both), ("Down", "e", both), ("Up", "d", both)):
+            a11y.forget_focus(main)
+            key(step)
+            if name:
+                told = wait_for(lambda: a11y.focus_told(main), f"{step} is told")
+                self.assertEqual((told.name, told.role, told.has("selected")), (name, "tree item", True))
+                panel.wait_folder(self.in_tree("d", "e") if name == "e" else self.in_tree("d"))
+            wait_for(lambda: [branch for branch, item in panel.branches() if item.has("expanded")] == unfolded, step)
+
     def test_works_by_what_is_told(self):
         panel = self.open(d={"x": "1"}, a="1", b="22")
         self.wait_rows(panel, "..", "d", "a", "b")
