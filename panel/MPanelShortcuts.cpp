@@ -1,5 +1,6 @@
-// What the mouse does in a panel by a double-click, a click on a header, a drag to the other panel and a drag
-// of the splitter, for those who have keys only. Keys that stand for commands are in MPanelKeyboard.cpp.
+// What the mouse does in a panel by a double-click, a click on a header, a drag to the other panel and drags
+// of the splitter and of the headers' edges, for those who have keys only. Keys that stand for commands are
+// in MPanelKeyboard.cpp.
 
 #include "panel/MPanel.h"
 
@@ -10,6 +11,7 @@
 #include "panel/MTree.h"
 
 #include <QApplication>
+#include <QHeaderView>
 #include <QPushButton>
 #include <QShortcut>
 #include <QSignalMapper>
@@ -21,6 +23,9 @@ constexpr int columns = 4;
 
 /// Parts of the panel's width that one key press moves the splitter by.
 constexpr int splitterSteps = 40;
+
+/// Pixels that one key press changes a column by.
+constexpr int columnStepPixels = 10;
 
 /// @return a key together with Ctrl
 constexpr int ctrl(int key)
@@ -66,6 +71,8 @@ void MPanel::makeShortcuts()
     addShortcut(this, Qt::Key_F6, this, SLOT(moveToOther()));
     addShortcut(this, ctrl(Qt::Key_Greater), this, SLOT(widenTree()));
     addShortcut(this, ctrl(Qt::Key_Less), this, SLOT(narrowTree()));
+    addShortcut(list, ctrl(Qt::Key_BracketRight), this, SLOT(widenColumn()));
+    addShortcut(list, ctrl(Qt::Key_BracketLeft), this, SLOT(narrowColumn()));
 
     auto* sections = new QSignalMapper(this);
     connect(sections, SIGNAL(mapped(int)), this, SLOT(headerClicked(int)));
@@ -135,4 +142,21 @@ void MPanel::moveSplitter(int steps)
     const int all = before.at(0) + before.at(1);
     const int treeWidth = qBound(1, before.at(0) + steps * all / splitterSteps, all - 1);
     splitter->setSizes({treeWidth, all - treeWidth});
+}
+
+void MPanel::widenColumn()
+{
+    resizeColumn(columnStepPixels);
+}
+
+void MPanel::narrowColumn()
+{
+    resizeColumn(-columnStepPixels);
+}
+
+void MPanel::resizeColumn(int pixels)
+{
+    const int column = qMax(0, list->currentIndex().column());
+    const int width = list->columnWidth(column) + pixels;
+    list->setColumnWidth(column, qMax(list->horizontalHeader()->minimumSectionSize(), width));
 }

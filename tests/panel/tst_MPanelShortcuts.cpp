@@ -44,6 +44,7 @@ private slots:
     void nothingToSend();
     void nowhereToSend();
     void splitterByKeys();
+    void columnsByKeys();
     void keysStayInTheirPanel();
     void returnStaysWithTheViews_data();
     void returnStaysWithTheViews();
@@ -286,6 +287,22 @@ void TestMPanelShortcuts::splitterByKeys()
     QVERIFY(panel->splitter->sizes().at(0) > before.at(0));
     QTest::keyClick(panel->list, Qt::Key_Less, Qt::ControlModifier);
     QVERIFY(panel->splitter->sizes().at(1) > 0);
+}
+
+void TestMPanelShortcuts::columnsByKeys()
+{
+    QTest::keyClick(panel->list, Qt::Key_Home);
+    QTest::keyClick(panel->list, Qt::Key_Right);
+    const int column = panel->list->currentIndex().column();
+    const int before = panel->list->columnWidth(column);
+    QTest::keyClick(panel->list, Qt::Key_BracketRight, Qt::ControlModifier);
+    QCOMPARE(panel->list->columnWidth(column), before + 10);
+    QTest::keyClick(panel->list, Qt::Key_BracketLeft, Qt::ControlModifier);
+    QCOMPARE(panel->list->columnWidth(column), before);
+    for (int i = 0; i < 200; ++i) {
+        QTest::keyClick(panel->list, Qt::Key_BracketLeft, Qt::ControlModifier);
+    }
+    QCOMPARE(panel->list->columnWidth(column), panel->list->horizontalHeader()->minimumSectionSize());
 }
 
 void TestMPanelShortcuts::keysStayInTheirPanel()
