@@ -6,9 +6,14 @@
 #include "ui_aVantrel.h"
 
 #include <QAccessible>
+#include <QApplication>
+#include <QEvent>
 #include <QMessageBox>
 
 namespace {
+
+/// Who has gone to another program has been there for longer when a dialog ends by itself.
+constexpr qint64 awayMs = 1000;
 
 /// @return a shown panel owned by @p window, at a place that holds until the window is first resized
 MPanel* makePanel(aVantrel* window, int x, const QString& accessibleName)
@@ -34,6 +39,8 @@ aVantrel::aVantrel(QWidget* parent)
     // The second panel comes first. That is wanted: while it is built there is no gwPanel1 yet.
     gwPanel2 = makePanel(this, 700, QStringLiteral("Panel 2"));
     gwPanel1 = makePanel(this, 100, QStringLiteral("Panel 1"));
+    connect(qApp, SIGNAL(applicationStateChanged(Qt::ApplicationState)), this,
+        SLOT(noteApplicationState(Qt::ApplicationState)));
     showMaximized();
 }
 
@@ -79,6 +86,36 @@ bool aVantrel::focusNextPrevChild(bool next)
         }
     }
     return false;
+}
+
+bool aVantrel::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowUnblocked) {
+        QMetaObject::invokeMethod(this, "takeKeyboard", Qt::QueuedConnection);
+    }
+    return QMainWindow::event(event);
+}
+
+void aVantrel::noteApplicationState(Qt::ApplicationState state)
+{
+    if (state == Qt::ApplicationActive) {
+        inactive.invalidate();
+    } else if (!inactive.isValid()) {
+        inactive.start();
+    }
+}
+
+/// A dialog can be gone before the window manager gives it the keyboard, as with a copy that takes no time.
+/// This window has got it then and is not told: Qt holds that news back while a dialog is open, for the
+/// dialog. Its lists would not know that they have the keyboard, and commands would find nothing to act on.
+void aVantrel::takeKeyboard()
+{
+    const bool userIsAway = inactive.isValid() && inactive.elapsed() > awayMs;
+    if (userIsAway || QApplication::activeModalWidget() != nullptr) {
+        return;
+    }
+    activateWindow();
+    QApplication::setActiveWindow(this);
 }
 
 void aVantrel::arrange(int arrangement)

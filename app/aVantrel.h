@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QMainWindow>
 
 #include <memory>
@@ -28,8 +29,12 @@ protected:
     /// Goes through the panels in the order in which they are seen, and over what cannot be seen: the second
     /// of two panels in an arrangement without it, path buttons beyond the edge.
     bool focusNextPrevChild(bool next) override;
+    /// Takes the keyboard once the last dialog is gone.
+    bool event(QEvent* event) override;
 
 private slots:
+    void noteApplicationState(Qt::ApplicationState state);
+    void takeKeyboard();
     void on_actionExit_triggered();
     void on_actionTile_Vertically_triggered();
     void on_actionSingle_Panel_triggered();
@@ -41,4 +46,5 @@ private:
     void arrange(int arrangement);
 
     std::unique_ptr<Ui::aVantrel> ui;
+    QElapsedTimer inactive; ///< since no window of the program has the keyboard; invalid while one has it
 };
