@@ -16,6 +16,8 @@ private slots:
     void settingsHasEveryKeyword();
     void setupHasEveryOption();
     void checkHasEveryKind();
+    void everyShortcutIsTold_data();
+    void everyShortcutIsTold();
     void refersToPagesThatAreThere_data();
     void refersToPagesThatAreThere();
 };
@@ -91,6 +93,44 @@ void TestManPages::setupHasEveryOption()
     QString page = textOf(QStringLiteral("man/vantrel-setup.1"));
     page.replace(QLatin1String(" , Fl "), QLatin1String("\n.It Fl "));
     QCOMPARE(allOf(page, QStringLiteral("^\\.It Fl -([a-z]+)")), told);
+}
+
+void TestManPages::everyShortcutIsTold_data()
+{
+    QTest::addColumn<QString>("constant");
+    QTest::addColumn<QString>("told");
+    QTest::newRow("open") << "ctrl(Qt::Key_O)"
+                          << "Ctrl+O";
+    QTest::newRow("context menu") << "Qt::Key_F10"
+                                  << "Shift+F10";
+    QTest::newRow("copy") << "Qt::Key_F5"
+                          << "F5";
+    QTest::newRow("move") << "Qt::Key_F6"
+                          << "F6";
+    QTest::newRow("widen tree") << "ctrl(Qt::Key_Greater)"
+                                << "Ctrl+>";
+    QTest::newRow("narrow tree") << "ctrl(Qt::Key_Less)"
+                                 << "Ctrl+<";
+    QTest::newRow("widen column") << "ctrl(Qt::Key_BracketRight)"
+                                  << "Ctrl+]";
+    QTest::newRow("narrow column") << "ctrl(Qt::Key_BracketLeft)"
+                                   << "Ctrl+[";
+    QTest::newRow("sort") << "ctrl(Qt::Key_1 + column)"
+                          << "Ctrl+1";
+}
+
+void TestManPages::everyShortcutIsTold()
+{
+    QFETCH(QString, constant);
+    QFETCH(QString, told);
+    const QString source = textOf(QStringLiteral("panel/MPanelShortcuts.cpp"));
+    QVERIFY(source.contains(constant));
+    // As many calls as there are rows: a new key is told here, too. Opening and the menu have two each.
+    QCOMPARE(source.count(QLatin1String("    addShortcut("))
+            + source.count(QLatin1String("new PanelShortcut(ctrl")),
+        11);
+    QVERIFY(textOf(QStringLiteral("docs/guide.md")).contains(told));
+    QVERIFY(textOf(QStringLiteral("man/vantrel.1")).contains(told));
 }
 
 /// The page and the guide name the kinds of findings that the sources do.
