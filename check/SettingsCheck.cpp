@@ -14,10 +14,14 @@
 
 namespace {
 
-/// Folders so unlike each other that an expression which matches all of them matches everything.
+/// Folders so unlike each other that an expression which matches all of them skips everything. The root
+/// folder is none of them: where all below it is skipped, nothing is left of it.
 bool matchesEverything(const QRegularExpression& expression)
 {
-    const QStringList folders{"/", "/home", QDir::homePath(), "/q", "/usr/share/doc", "/srv/Music 1"};
+    QStringList folders{"/home", "/qxz", "/usr/share/doc", "/srv/Music 1"};
+    if (!QDir::home().isRoot()) {
+        folders.append(QDir::homePath());
+    }
     return std::all_of(folders.cbegin(), folders.cend(),
         [&expression](const QString& folder) { return expression.match(folder).hasMatch(); });
 }

@@ -172,6 +172,16 @@ void TestSettingsCheck::noRecurse_data()
     addRow("start", "norecurse=^\n", "1 matches-everything");
     addRow("any", "norecurse=.*\n", "1 matches-everything");
     addRow("an empty way", "norecurse=^/proc|\n", "1 matches-everything");
+    addRow("all below the root folder", "norecurse=/.\n", "1 matches-everything");
+    addRow("all below the root folder, from the start", "norecurse=^/.+\n", "1 matches-everything");
+    addRow("first letter", "norecurse=^/[^/]\n", "1 matches-everything");
+    addRow("two letters", "norecurse=/[a-z][a-z]\n", "1 matches-everything");
+    addRow("any word", "norecurse=\\w\n", "1 matches-everything");
+    addRow("any letter", "norecurse=[a-z]\n", "1 matches-everything");
+    addRow("ending", "norecurse=\\.git$\n", "");
+    addRow("names of letters", "norecurse=/[A-Z][a-z]+$\n", "");
+    addRow("usual folders", "norecurse=^/(home|usr|srv|opt|root|tmp)\n", "");
+    addRow("all but one folder", "norecurse=^/(?!home)\n", "");
     addRow("star of the shell", "norecurse=*\n", "1 bad-norecurse");
     addRow("open group", "window=1\nnorecurse=^/(proc\n", "2 bad-norecurse");
 }
