@@ -3,24 +3,22 @@
 #include "tests/support/AsNobody.h"
 #include "tests/support/Recipes.h"
 #include "tests/support/Settings.h"
+#include "tests/support/SetupHome.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
 #include <QDate>
 #include <QFileInfo>
-#include <QProcess>
 #include <QStandardPaths>
 
-#include <memory>
-
 /// vantrel-setup, run as a program in a home folder of its own.
-class TestVantrelSetup : public QObject
+class TestVantrelSetup : public QObject, private SetupHome
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void cleanup() { dir.reset(); }
+    void cleanup() { close(); }
 
     void writesSettings();
     void settingsAreRead_data();
@@ -59,20 +57,9 @@ private slots:
     void installed();
 
 private:
-    struct Run
-    {
-        int status = -1;
-        QString output;
-        QString errors;
-    };
-    Run run(const QStringList& arguments = QStringList(), const QString& shell = QString()) const;
+    using Run = SetupRun;
     void readSettings() const { ReadConfig(dir->path(QStringLiteral("home/.Vantrel"))); }
-    void tool(const QString& name) const;
     QString recipeFile(const QByteArray& content) const;
-
-    std::unique_ptr<TestDir> dir;
-    QString program;
-    QProcessEnvironment environment;
 };
 
 namespace {
@@ -94,44 +81,7 @@ const QByteArray threeRecipes = "# A comment\n"
 void TestVantrelSetup::init()
 {
     resetSettings();
-    dir = std::make_unique<TestDir>();
-    dir->folder(QStringLiteral("home"));
-    dir->folder(QStringLiteral("bin"));
-    program = projectFile(QStringLiteral("setup/vantrel-setup"));
-    environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("HOME"), dir->path(QStringLiteral("home")));
-    environment.insert(QStringLiteral("VANTREL_MOUNTS"), dir->file(QStringLiteral("mounts")));
-}
-
-/// @param shell what runs instead; "$0" is the program there, and "$@" its arguments
-TestVantrelSetup::Run TestVantrelSetup::run(const QStringList& arguments, const QString& shell) const
-{
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setWorkingDirectory(dir->path());
-    const QString script = shell.isEmpty() ? QStringLiteral("exec \"$0\" \"$@\"") : shell;
-    process.start(QStringLiteral("/bin/sh"), QStringList{"-c", script, program} + arguments);
-    Run result;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
-        result.status = process.exitCode();
-    }
-    result.output = QString::fromUtf8(process.readAllStandardOutput());
-    result.errors = QString::fromUtf8(process.readAllStandardError());
-    return result;
-}
-
-/// Makes the folder of stand-ins the whole path, with links to what the set-up itself needs, and adds a
-/// program.
-void TestVantrelSetup::tool(const QString& name) const
-{
-    for (const char* own :
-        {"awk", "cat", "cmp", "cp", "date", "ln", "mv", "readlink", "rm", "sed", "sh", "sort"}) {
-        const QString link = QStringLiteral("bin/") + QLatin1String(own);
-        if (!dir->exists(link)) {
-            dir->link(link, QStandardPaths::findExecutable(QLatin1String(own)));
-        }
-    }
-    dir->file(QStringLiteral("bin/") + name, "#!/bin/sh\n", 0755);
+    open();
 }
 
 QString TestVantrelSetup::recipeFile(const QByteArray& content) const
@@ -318,7 +268,7 @@ void TestVantrelSetup::drives()
 void TestVantrelSetup::takesWhatIsThere()
 {
     tool(QStringLiteral("looker-two"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const Run result = run({"--recipes", recipeFile(threeRecipes)});
     QCOMPARE(result.errors, QString());
     QCOMPARE(result.status, 0);
@@ -331,8 +281,7 @@ void TestVantrelSetup::takesWhatIsThere()
 
 void TestVantrelSetup::saysWhatItLeavesOut()
 {
-    tool(QStringLiteral("other"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const QString recipes = recipeFile(threeRecipes);
     const Run result = run({"--recipes=" + recipes});
     QCOMPARE(result.status, 0);
@@ -350,7 +299,7 @@ void TestVantrelSetup::takesOneOfEachName()
 {
     tool(QStringLiteral("looker-one"));
     tool(QStringLiteral("looker-two"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const Run result = run({"--recipes", recipeFile(threeRecipes)});
     QCOMPARE(result.status, 0);
     readSettings();
@@ -361,8 +310,7 @@ void TestVantrelSetup::takesOneOfEachName()
 
 void TestVantrelSetup::commandOfTheShellIsNoProgram()
 {
-    tool(QStringLiteral("other"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const Run result = run({"--list", "--recipes",
         recipeFile("#: recipe a\n#: gives A\n#: needs export from b\nmenu=terminal=.=A=export\n")});
     QVERIFY2(
@@ -391,7 +339,7 @@ void TestVantrelSetup::separatorsStandBetweenMenuSections()
 void TestVantrelSetup::without()
 {
     tool(QStringLiteral("looker-one"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const Run result
         = run({"--without", "arrangement", "--without=look", "--recipes", recipeFile(threeRecipes)});
     QCOMPARE(result.status, 0);
@@ -405,7 +353,7 @@ void TestVantrelSetup::list()
 {
     tool(QStringLiteral("looker-one"));
     tool(QStringLiteral("looker-two"));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     const Run result = run({"--list", "--recipes", recipeFile(threeRecipes)});
     QCOMPARE(result.status, 0);
     QStringList rows;
@@ -565,12 +513,9 @@ void TestVantrelSetup::fullOutput()
 // The tool that compares what was written ends the set-up at that moment.
 void TestVantrelSetup::endedInBetween()
 {
-    tool(QStringLiteral("other"));
-    QVERIFY(QFile::remove(dir->path(QStringLiteral("bin/cmp"))));
-    dir->file(QStringLiteral("bin/cmp"),
-        "#!/bin/sh\nls -A \"$HOME\" >\"$HOME/../seen\"; kill -TERM \"$PPID\"\n", 0755);
+    tool(QStringLiteral("cmp"), "#!/bin/sh\nls -A \"$HOME\" >\"$HOME/../seen\"; kill -TERM \"$PPID\"\n");
     dir->link(QStringLiteral("bin/ls"), QStandardPaths::findExecutable(QStringLiteral("ls")));
-    environment.insert(QStringLiteral("PATH"), dir->path(QStringLiteral("bin")));
+    onlyTools();
     QCOMPARE(run().status, 130);
     QVERIFY(dir->read(QStringLiteral("seen")).startsWith(".Vantrel.new."));
     QCOMPARE(dir->tree(QStringLiteral("home")), QStringList());
