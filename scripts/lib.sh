@@ -25,8 +25,8 @@ PACKAGES_FUZZ="clang libclang-rt-14-dev"
 PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth
  btrfs-progs fuse3 libfuse3-dev mount pkg-config"
 # What the recipes of examples/recipes run that are tested by running them.
-PACKAGES_RECIPES="bzip2 fdupes file git less libarchive-tools libglib2.0-bin p7zip-full rename renameutils rsync
- sensible-utils trash-cli unzip xxd xz-utils zip zstd"
+PACKAGES_RECIPES="bzip2 fdupes file git gpg gpg-agent less libarchive-tools libglib2.0-bin p7zip-full
+ pinentry-curses rename renameutils rsync sensible-utils trash-cli unzip xxd xz-utils zip zstd"
 PACKAGES_PACKAGE="$PACKAGES_BUILD debhelper dpkg-dev"
 PACKAGES_PACKAGE_TEST="appstream blhc desktop-file-utils devscripts librsvg2-bin lintian man-db mandoc"
 

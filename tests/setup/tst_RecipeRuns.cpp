@@ -74,6 +74,10 @@ private slots:
     void permissions();
     void checksums_data() { hardNames(); }
     void checksums();
+    void signAndVerify_data() { hardNames(); }
+    void signAndVerify();
+    void encryptAndDecrypt_data() { hardNames(); }
+    void encryptAndDecrypt();
     void git_data() { hardNames(); }
     void git();
     void runTerminal();
@@ -90,6 +94,7 @@ private:
     static void packers();
     QString name() const;
     bool has(const Recipe& recipe);
+    void openKeyring() const;
     QString run(const Recipe& recipe, const QString& path, const QByteArray& answers = QByteArray(),
         const QString& second = QString());
     QString run(const char* recipe, const QString& path, const QByteArray& answers = QByteArray(),
@@ -135,7 +140,7 @@ void TestRecipeRuns::initTestCase()
 {
     pathBefore = qgetenv("PATH");
     // Neither the user's editor nor the user's git settings.
-    for (const char* variable : {"VISUAL", "EDITOR", "LESS", "LESSOPEN", "GIT_DIR", "TMPDIR"}) {
+    for (const char* variable : {"VISUAL", "EDITOR", "LESS", "LESSOPEN", "GIT_DIR", "GNUPGHOME", "TMPDIR"}) {
         qunsetenv(variable);
     }
     qputenv("GIT_CONFIG_GLOBAL", "/dev/null");
@@ -155,6 +160,10 @@ void TestRecipeRuns::init()
 void TestRecipeRuns::cleanup()
 {
     window.reset();
+    if (qEnvironmentVariableIsSet("GNUPGHOME")) {
+        QProcess::execute(QStringLiteral("gpgconf"), {"--kill", "gpg-agent"});
+        qunsetenv("GNUPGHOME");
+    }
     dir.reset();
     qputenv("PATH", pathBefore);
     qunsetenv("EDITOR");
@@ -737,6 +746,59 @@ void TestRecipeRuns::checksums()
     file(name() + QStringLiteral("/second"), "changed\n");
     const QString damaged = run("checksums-verify", list);
     QVERIFY2(damaged.contains(QStringLiteral("DAMAGED")), qPrintable(damaged));
+}
+
+/// A keyring of its own, whose agent gets "secret-1234" for every password that it asks for.
+void TestRecipeRuns::openKeyring() const
+{
+    const QString pinentry = dir->file(QStringLiteral("tools/pinentry"),
+        "#!/bin/sh\necho OK\nwhile read -r word rest; do\n"
+        "    [ \"$word\" != GETPIN ] || echo D secret-1234\n    echo OK\n    [ \"$word\" != BYE ] || exit "
+        "0\ndone\n",
+        0755);
+    dir->folder(QStringLiteral("keys"), 0700);
+    dir->file(
+        QStringLiteral("keys/gpg-agent.conf"), "pinentry-program " + QFile::encodeName(pinentry) + '\n');
+    // Passwords are not stretched as long as they should be: it takes a second each time.
+    dir->file(QStringLiteral("keys/gpg.conf"), "s2k-count 65536\n");
+    qputenv("GNUPGHOME", QFile::encodeName(dir->path(QStringLiteral("keys"))));
+}
+
+void TestRecipeRuns::signAndVerify()
+{
+    const Recipe sign = recipeNamed(QStringLiteral("sign"));
+    NEEDS(sign);
+    openKeyring();
+    QCOMPARE(QProcess::execute(QStringLiteral("gpg"),
+                 {"--batch", "-q", "--passphrase", "", "--quick-gen-key", "me@here", "ed25519", "sign"}),
+        0);
+    const QString signedFile = file(name() + QStringLiteral(".txt"));
+    run(sign, signedFile);
+    QCOMPARE(tree().size(), 2);
+    const QString signature = signedFile + QStringLiteral(".sig");
+    const QString good = run("verify-signature", signature);
+    QVERIFY2(good.contains(QStringLiteral("Good signature from \"me@here\"")), qPrintable(good));
+    file(name() + QStringLiteral(".txt"), "changed\n");
+    const QString bad = run("verify-signature", signature);
+    QVERIFY2(bad.contains(QStringLiteral("BAD signature")), qPrintable(bad));
+}
+
+void TestRecipeRuns::encryptAndDecrypt()
+{
+    const Recipe encrypt = recipeNamed(QStringLiteral("encrypt"));
+    NEEDS(encrypt);
+    openKeyring();
+    const QString plain = file(name(), "only mine\n");
+    run(encrypt, plain);
+    QVERIFY(!read(name() + QStringLiteral(".gpg")).isEmpty());
+    QVERIFY(!read(name() + QStringLiteral(".gpg")).contains("only mine"));
+    QVERIFY(QFile::remove(plain));
+    run("decrypt", plain + QStringLiteral(".gpg"));
+    QCOMPARE(read(name()), QByteArray("only mine\n"));
+    // No one says that a file may be replaced.
+    file(name(), "other\n");
+    QVERIFY(run("decrypt", plain + QStringLiteral(".gpg")).contains(QStringLiteral("FAILED")));
+    QCOMPARE(read(name()), QByteArray("other\n"));
 }
 
 void TestRecipeRuns::git()
