@@ -1,35 +1,15 @@
 #include "check/CommandCheck.h"
 
+#include "check/StartedPrograms.h"
 #include "panel/CommandWords.h"
 
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStandardPaths>
 #include <QStringList>
 
 namespace {
-
-/// Programs that start the program that follows behind one of terminalOptions().
-const QStringList& terminals()
-{
-    static const QStringList names{"x-terminal-emulator", "xterm", "lxterm", "uxterm", "urxvt", "rxvt",
-        "konsole", "gnome-terminal", "xfce4-terminal", "mate-terminal", "lxterminal", "terminator",
-        "alacritty", "st"};
-    return names;
-}
-
-const QStringList& terminalOptions()
-{
-    static const QStringList names{"-e", "-x", "--"};
-    return names;
-}
-
-/// Programs that start the program that is their next word.
-const QStringList& wrappers()
-{
-    static const QStringList names{"sudo", "pkexec", "env", "nohup", "nice", "setsid"};
-    return names;
-}
 
 /// @return whether the launcher can start it, which searches the path for a name without "/"
 bool canBeStarted(const QString& program)
@@ -41,37 +21,15 @@ bool canBeStarted(const QString& program)
     return info.isFile() && info.isExecutable();
 }
 
-/// @return place behind the option by which the terminal at @p at starts a program; 0 where there is none
-int behindTerminalOption(const QStringList& words, int at)
+/// @return whether it is a name or a full path, which mean the same to a shell and to the launcher
+bool isPlainName(const QString& program)
 {
-    for (int i = at + 1; i < words.size(); ++i) {
-        if (terminalOptions().contains(words.at(i))) {
-            return i + 1;
-        }
-    }
-    return 0;
-}
-
-/// @return place of the program that the one at @p at starts in turn; -1 where none is known
-int nextProgram(const QStringList& words, int at)
-{
-    const QString name = words.at(at).section(QLatin1Char('/'), -1);
-    int next = 0;
-    if (terminals().contains(name)) {
-        next = behindTerminalOption(words, at);
-    } else if (wrappers().contains(name)) {
-        next = at + 1;
-        while (name == QLatin1String("env") && words.value(next).contains(QLatin1Char('='))) {
-            ++next;
-        }
-    }
-    const bool isProgram = next > at && next < words.size() && !words.at(next).startsWith(QLatin1Char('-'));
-    return isProgram ? next : -1;
+    return program.startsWith(QLatin1Char('/')) || !program.contains(QLatin1Char('/'));
 }
 
 QString whyNotFound(const QString& program)
 {
-    const bool isRelative = program.contains(QLatin1Char('/')) && !program.startsWith(QLatin1Char('/'));
+    const bool isRelative = !isPlainName(program);
     if (!isRelative && canBeStarted(program)) {
         return QString();
     }
@@ -133,17 +91,29 @@ Findings checkWords(int line, const QStringList& words)
     return found;
 }
 
+Findings checkPrograms(int line, const QStringList& words)
+{
+    Findings found;
+    QSet<QString> seen;
+    const QList<StartedProgram> programs = startedPrograms(words);
+    for (const StartedProgram& program : programs) {
+        const bool isJudged = !program.isInScript || isPlainName(program.name);
+        if (!isJudged || seen.contains(program.name)) {
+            continue;
+        }
+        seen.insert(program.name);
+        const QString why = whyNotFound(program.name);
+        if (!why.isEmpty()) {
+            found.append({line, QStringLiteral("program-not-found"), why});
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 Findings checkCommand(int line, const QString& command)
 {
     const QStringList words = commandWords(command);
-    Findings found;
-    for (int at = 0; at >= 0; at = nextProgram(words, at)) {
-        const QString why = whyNotFound(words.at(at));
-        if (!why.isEmpty()) {
-            found.append({line, QStringLiteral("program-not-found"), why});
-        }
-    }
-    return found + checkWords(line, words);
+    return checkPrograms(line, words) + checkWords(line, words);
 }

@@ -13,14 +13,21 @@ private slots:
     void initTestCase();
     void kinds_data();
     void kinds();
+    void scripts_data();
+    void scripts();
+    void endlessScripts_data();
+    void endlessScripts();
     void texts_data();
     void texts();
     void filesAreTakenByTheirPath();
     void recipesHaveNoMistake_data();
     void recipesHaveNoMistake();
+    void recipesFindTheirPrograms_data() { recipesHaveNoMistake_data(); }
+    void recipesFindTheirPrograms();
 
 private:
     TestDir m_dir;
+    const QList<Recipe> m_recipes = allRecipes();
 };
 
 namespace {
@@ -36,11 +43,17 @@ QString kindsOf(const Findings& findings)
 
 } // namespace
 
-/// All that can be found is one folder of stand-ins.
+/// All that can be found is one folder of stand-ins. Another has what every Debian system has.
 void TestCommandCheck::initTestCase()
 {
-    for (const char* name : {"viewer", "sh", "x-terminal-emulator", "gnome-terminal", "sudo", "env"}) {
+    for (const char* name : {"viewer", "sh", "x-terminal-emulator", "gnome-terminal", "sudo", "env", "nice",
+             "timeout", "setsid"}) {
         m_dir.file(QStringLiteral("bin/") + QLatin1String(name), "#!/bin/sh\n", 0755);
+    }
+    for (const char* name : {"chmod", "chown", "date", "diff", "du", "expr", "find", "findmnt", "grep",
+             "gzip", "head", "less", "ln", "ls", "lsblk", "mkdir", "od", "rm", "rmdir", "sed",
+             "sensible-editor", "sh", "sha256sum", "sort", "su", "tar"}) {
+        m_dir.file(QStringLiteral("debian/") + QLatin1String(name), "#!/bin/sh\n", 0755);
     }
     m_dir.file(QStringLiteral("bin/no-program"));
     qputenv("PATH", m_dir.path(QStringLiteral("bin")).toLocal8Bit());
@@ -77,13 +90,27 @@ void TestCommandCheck::kinds_data()
     row("viewer -e editor", "");
     row("sudo viewer", "");
     row("sudo editor", lost);
-    row("sudo -u root editor", "");
+    row("sudo -u root editor", lost);
+    row("sudo -uroot -nE -- editor", "");
+    row("sudo -uroot -n -- editor", lost);
+    row("sudo --user=root --user root viewer", "");
+    row("sudo -u root A=b editor", lost);
+    row("sudo -s editor", "");
     row("sudo", "");
     row("env editor", lost);
     row("env A=b C=d editor", lost);
     row("env A=b viewer", "");
-    row("sudo A=b", lost);
+    row("sudo A=b", "");
     row("env A=b", "");
+    row("env -i -u X A=b editor", lost);
+    row("env -S editor", "");
+    row("nice -n 5 editor", lost);
+    row("nice -n 5 viewer", "");
+    row("nice -10 editor", lost);
+    row("timeout 5 editor", lost);
+    row("timeout -k 1 -s KILL 5m viewer", "");
+    row("timeout 5", "");
+    row("setsid -f editor", lost);
     row("x-terminal-emulator -e sudo editor", lost);
 
     row("viewer \"a b\"", "quotes");
@@ -95,7 +122,7 @@ void TestCommandCheck::kinds_data()
     row("sh -c echo${IFS}'\\'", "");
     row("sh -c 'echo a'", "quotes");
     row("sh -c echo${IFS}\"a b\"", "quotes");
-    row("sh -c x 'a'", "quotes");
+    row("sh -c viewer 'a'", "quotes");
 
     row("viewer %f", "not-expanded");
     row("viewer %1", "not-expanded");
@@ -105,6 +132,82 @@ void TestCommandCheck::kinds_data()
     row("viewer 100% ~ a$b %ab", "");
     row("sh -c ~/x", "");
     row("sh -c $x $y", "not-expanded");
+}
+
+void TestCommandCheck::scripts_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("programs"); // that are not found
+    const auto row = [](const char* command, const char* programs) {
+        QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(programs);
+    };
+    row("sh -c viewer", "");
+    row("sh -c editor", "editor");
+    row("sh -c editor${IFS}-x", "editor");
+    row("x-terminal-emulator -e sh -c editor", "editor");
+    row("/bin/sh -ec editor vantrel", "editor");
+    row("sh -e -c editor", "editor");
+    row("sh --norc editor", "");
+    row("sh -c viewer|a&&b;c&d${IFS}e", "a b c d");
+    row("sh -c a${IFS}x;a", "a");
+    row("sh -c viewer||a;b", "b");
+    row("sh -c viewer||(a;b)", "b");
+    row("sh -c (a)2>&1|b", "a b");
+    row("sh -c <x${IFS}a>y${IFS}z", "a");
+    row("sh -c a>(b)", "");
+    row("sh -c viewer<<x", "");
+    row("sh -c if${IFS}a;then${IFS}b;fi", "a b");
+    row("sh -c A=b${IFS}a", "a");
+    row("sh -c PATH=/x${IFS}a", "");
+    row("sh -c [${IFS}-e${IFS}x${IFS}]&&cd${IFS}x;printf${IFS}a", "");
+    row(R"(sh -c "$1";'a'\b)", "ab");
+    row(R"(sh -c a$1;"b$1";"${x:-b}";~/c;d*)", "");
+    row("sh -c ./a;x/b;/nowhere/c", "/nowhere/c");
+    row(R"x(sh -c viewer${IFS}"$(a${IFS}"$1"|b)")x", "a b");
+    row("sh -c viewer${IFS}${1##*/$(a)};b", "a b");
+    row(R"(sh -c viewer${IFS}';a'";b";c)", "c");
+    row("sh -c exec${IFS}a", "a");
+    row(R"(sh -c exec${IFS}x-terminal-emulator${IFS}-e${IFS}sh${IFS}-c${IFS}'a;"$1"';b)", "a b");
+    row("sh -c sudo${IFS}-u${IFS}x${IFS}a", "a");
+    row("sh -c sudo${IFS}-u${IFS}$1${IFS}$2", "");
+    row("sh -c command${IFS}-v${IFS}a&&a", "");
+    row("sh -c which${IFS}a&&a", "");
+    row("sh -c a(){${IFS}b;};a", "");
+    row("sh -c `a`;b", "");
+    row("sh -c $((1+1));b", "");
+    row("sh -c a;'b", "");
+    row("sh -c", "");
+    row("viewer -c editor", "");
+}
+
+void TestCommandCheck::scripts()
+{
+    QFETCH(QString, command);
+    QStringList programs;
+    for (const Finding& finding : checkCommand(1, command)) {
+        if (finding.kind == QLatin1String("program-not-found")) {
+            programs.append(finding.text.section(QLatin1Char('"'), 1, 1));
+        }
+    }
+    QTEST(programs.join(QLatin1Char(' ')), "programs");
+}
+
+void TestCommandCheck::endlessScripts_data()
+{
+    QTest::addColumn<QString>("part");
+    for (const char* part : {"a;", "$(", "(", "${a", "\\", "\"$(", "a|", "$", "<"}) {
+        QTest::newRow(part) << QString::fromLatin1(part);
+    }
+}
+
+/// Whatever stands there, it is read to its end.
+void TestCommandCheck::endlessScripts()
+{
+    QFETCH(QString, part);
+    for (const int length : {1, 3, 1000, 30000, 1000000}) {
+        const Findings found = checkCommand(1, QStringLiteral("sh -c ") + part.repeated(length));
+        QVERIFY(found.size() <= 2);
+    }
 }
 
 void TestCommandCheck::kinds()
@@ -175,6 +278,25 @@ void TestCommandCheck::recipesHaveNoMistake()
         QCOMPARE(finding.kind, QStringLiteral("program-not-found"));
         QVERIFY2(!finding.text.contains(QLatin1Char(':')), qPrintable(finding.text));
     }
+}
+
+/// Where all that a recipe needs is there, nothing is said of it.
+void TestCommandCheck::recipesFindTheirPrograms()
+{
+    const QString name = QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(' '), 0, 0);
+    QFETCH(QString, command);
+    TestDir machine;
+    for (const Recipe& recipe : m_recipes) {
+        const bool isIt = recipe.name == name && recipe.lines.first().endsWith(QLatin1Char('=') + command);
+        for (const QString& program : isIt ? recipe.programs : QStringList()) {
+            machine.file(program, "#!/bin/sh\n", 0755);
+        }
+    }
+    const QByteArray before = qgetenv("PATH");
+    qputenv("PATH", (machine.path() + QLatin1Char(':') + m_dir.path(QStringLiteral("debian"))).toLocal8Bit());
+    const Findings found = checkCommand(1, command);
+    qputenv("PATH", before);
+    QCOMPARE(kindsOf(found), QString());
 }
 
 VANTREL_TEST_MAIN(TestCommandCheck)
