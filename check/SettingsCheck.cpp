@@ -14,6 +14,9 @@
 
 namespace {
 
+/// No line that is meant is this long, and what looks it through would take minutes.
+constexpr int longestLine = 262144;
+
 /// Folders so unlike each other that an expression which matches all of them skips everything. The root
 /// folder is none of them: where all below it is skipped, nothing is left of it.
 bool matchesEverything(const QRegularExpression& expression)
@@ -74,12 +77,25 @@ void SettingsCheck::onlyOnce(const ConfigLine& line)
     m_lineOfKey.insert(line.key, line.number);
 }
 
+/// @return whether the line is not looked through, which is told then
+bool SettingsCheck::isTooLong(const ConfigLine& line)
+{
+    const bool isComment = line.text.startsWith(QLatin1Char('#'));
+    if (isComment || line.text.size() <= longestLine) {
+        return false;
+    }
+    add(line.number, "too-long", QStringLiteral("this line is too long to check"));
+    return true;
+}
+
 void SettingsCheck::take(const ConfigLine& line)
 {
     if (line.text.contains(QChar::ReplacementCharacter) || line.text.contains(QChar::Null)) {
         add(line.number, "encoding", QStringLiteral("this line is not text in the encoding of the locale"));
     }
-    if (!line.known) {
+    if (isTooLong(line)) {
+        m_lineOfKey.insert(line.key, line.number);
+    } else if (!line.known) {
         takeUnknown(line);
     } else if (line.key == QLatin1String("style")) {
         missing(line.number, line.value, "style sheet");

@@ -18,6 +18,7 @@ public:
     Findings findings() const;
 
 private:
+    bool isTooLong(const ConfigLine& line);
     void take(const ConfigLine& line);
     void takeUnknown(const ConfigLine& line);
     void takeIcon(const ConfigLine& line);

@@ -1,5 +1,7 @@
 #include "check/StyleCheck.h"
 
+#include "check/StyleColours.h"
+
 #include <QApplication>
 #include <QMessageLogContext>
 #include <QRegularExpression>
@@ -7,6 +9,9 @@
 #include <QWidget>
 
 namespace {
+
+/// What is this long takes long, and a hundred times as much ends the parser.
+constexpr int longestSheet = 262144;
 
 QStringList messages;
 
@@ -47,22 +52,53 @@ QString plain(const QString& sheet)
     return QString(sheet).remove(unread).trimmed();
 }
 
-bool isComplete(const QString& sheet)
+/// Tells where rules end, line by line.
+class RulesEnd
 {
-    const QString text = plain(sheet);
-    return text.isEmpty()
-        || (text.count(QLatin1Char('{')) <= text.count(QLatin1Char('}'))
-            && (text.endsWith(QLatin1Char('}')) || text.endsWith(QLatin1Char(';'))));
-}
+public:
+    /// @return whether the rules so far are complete
+    bool isBehind(const QString& line)
+    {
+        m_text = plain(m_text + line + QLatin1Char(' '));
+        if (!m_text.isEmpty()) {
+            m_end = m_text.at(m_text.size() - 1);
+        }
+        // Nothing that began a quote or a comment: only the braces count.
+        if (!m_text.contains(QLatin1Char('"')) && !m_text.contains(QLatin1Char('\''))
+            && !m_text.contains(QLatin1Char('/'))) {
+            m_open += openIn(m_text);
+            m_text.clear();
+        }
+        const bool isEnd = m_end == QLatin1Char('}') || m_end == QLatin1Char(';');
+        const bool isComplete = m_end.isNull() || (m_open + openIn(m_text) <= 0 && isEnd);
+        if (isComplete) {
+            *this = RulesEnd();
+        }
+        return isComplete;
+    }
+
+private:
+    static int openIn(const QString& text)
+    {
+        return text.count(QLatin1Char('{')) - text.count(QLatin1Char('}'));
+    }
+
+    int m_open = 0;
+    QChar m_end; ///< last character that is not blank; null where there is none
+    QString m_text; ///< where a quote or a comment may go on
+};
 
 QList<Rules> rulesOf(const QList<QPair<int, QString>>& lines)
 {
     QList<Rules> all;
+    RulesEnd end;
+    bool isBehindRules = true;
     for (const auto& line : lines) {
-        if (all.isEmpty() || isComplete(all.last().sheet)) {
+        if (isBehindRules) {
             all.append({line.first, QString()});
         }
         all.last().sheet += line.second + QLatin1Char(' ');
+        isBehindRules = end.isBehind(line.second);
     }
     return all;
 }
@@ -88,6 +124,21 @@ Findings unreadRules(const QList<Rules>& all)
     return found;
 }
 
+/// @return the finding where the style sheet is too long, with the line where it gets so
+Findings tooLong(const QList<QPair<int, QString>>& lines)
+{
+    int size = 0;
+    for (const auto& each : lines) {
+        size += each.second.size() + 1;
+        const int line = each.first;
+        if (size > longestSheet) {
+            return {
+                {line, QStringLiteral("too-long"), QStringLiteral("the style sheet is too long to check")}};
+        }
+    }
+    return {};
+}
+
 /// Qt names an unknown property where its rule meets a widget, so each is put on one.
 Findings unknownWords(const Rules& rules)
 {
@@ -96,13 +147,20 @@ Findings unknownWords(const Rules& rules)
         QStringLiteral("(Unknown property|Unknown color name|Could not create pixmap).*"));
     QString sheet = rules.sheet;
     sheet.replace(selector, QStringLiteral("QWidget {"));
-    Findings found;
+    QStringList texts;
     const QStringList said = complaints(sheet);
     for (const QString& each : said) {
-        const QString text = wanted.match(each).captured();
-        if (!text.isEmpty()) {
-            found.append(finding(rules.line, QStringLiteral("in the style sheet: ") + text));
-        }
+        texts.append(wanted.match(each).captured());
+    }
+    const QStringList colours = unknownColours(plain(rules.sheet));
+    for (const QString& colour : colours) {
+        texts.append(QStringLiteral("Unknown color name '%1'").arg(colour));
+    }
+    texts.removeAll(QString());
+    texts.removeDuplicates();
+    Findings found;
+    for (const QString& text : qAsConst(texts)) {
+        found.append(finding(rules.line, QStringLiteral("in the style sheet: ") + text));
     }
     return found;
 }
@@ -133,7 +191,10 @@ Findings droppedText(const Rules& rules)
 
 Findings checkStyle(const QList<QPair<int, QString>>& lines)
 {
-    Findings found;
+    Findings found = tooLong(lines);
+    if (!found.isEmpty()) {
+        return found;
+    }
     QString whole;
     const QList<Rules> all = rulesOf(lines);
     for (const Rules& rules : all) {

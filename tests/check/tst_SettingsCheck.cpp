@@ -22,6 +22,8 @@ private slots:
     void keys();
     void single_data();
     void single();
+    void endlessLines_data();
+    void endlessLines();
     void drives_data();
     void drives();
     void noRecurse_data();
@@ -129,6 +131,24 @@ void TestSettingsCheck::single()
         QVERIFY(!icon.isEmpty());
         QCOMPARE(asText(check("icon=" + icon + '\n' + bounds)), QString());
     }
+}
+
+void TestSettingsCheck::endlessLines_data()
+{
+    addColumns();
+    addRow("style=", "", "1 too-long");
+    addRow("menu=sendto=*=x=sh ", "", "1 too-long");
+    addRow("assn=", "", "1 too-long");
+    addRow("x", "", "1 too-long");
+    addRow("drive=/=", "", "1 too-long");
+    addRow("#", "", "");
+}
+
+void TestSettingsCheck::endlessLines()
+{
+    QTEST(asText(check(QByteArray(QTest::currentDataTag()) + QByteArray(300000, 'x') + '\n' + bounds)),
+        "found");
+    QCOMPARE(asText(check("norecurse=" + QByteArray(300000, 'x') + '\n')), QStringLiteral("1 too-long"));
 }
 
 void TestSettingsCheck::drives_data()

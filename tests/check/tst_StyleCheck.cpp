@@ -1,6 +1,7 @@
 #include "check/StyleCheck.h"
 #include "tests/support/TestMain.h"
 
+#include <QElapsedTimer>
 #include <QLabel>
 
 class TestStyleCheck : public QObject
@@ -10,6 +11,10 @@ class TestStyleCheck : public QObject
 private slots:
     void finds_data();
     void finds();
+    void colours_data();
+    void colours();
+    void length_data();
+    void length();
     void rulesBeforeTheMistakeAreUsed();
     void nothingWithoutLines();
     void leavesNoStyle();
@@ -77,11 +82,102 @@ void TestStyleCheck::finds_data()
         {at(10, "in the style sheet: Unknown property colour"),
             at(11, "in the style sheet: Unknown property colour")});
     row("unknown colour", "QLabel { color: #ff; }", {at(10, "Unknown color name '#ff'")});
+    row("unknown name of a colour", "QMenu { color: red; }\nQLabel { color: rde; }",
+        {at(11, "in the style sheet: Unknown color name 'rde'")});
+    row("quote that is closed later", "QLabel { font: 9pt \"a; {\n} {b\"; }\nQMenu { : red; }",
+        {at(12, unread)});
+    row("quote beside braces", "QLabel { font: 9pt \"{\"; }\nQMenu { : red; }", {at(11, unread)});
     row("picture not there", "QLabel { background: url(/no/where.png); }",
         {at(10, "Could not create pixmap from /no/where.png")});
     row("property of a widget", "QPushButton { qproperty-flat: true; }", {});
     row("both", "QLabel { colour: red; }\nQMenu { : red; }",
         {at(11, unread), at(10, "in the style sheet: Unknown property colour")});
+}
+
+void TestStyleCheck::colours_data()
+{
+    QTest::addColumn<QString>("declarations");
+    QTest::addColumn<QString>("unknown");
+    const auto row = [](const char* declarations, const char* unknown) {
+        QTest::newRow(declarations) << QString::fromLatin1(declarations) << QString::fromLatin1(unknown);
+    };
+    row("color: red", "");
+    row("color: Dark\\red", "Dark\\red");
+    row("COLOR: RED; color: #fff; color: transparent; color: none", "");
+    row("color: rde", "rde");
+    row("color: rde; background-color: bleu; color: rde", "rde bleu");
+    row("gridline-color: rde", "rde");
+    row("color: #ff", "#ff");
+    row("gridline-color: #12345", "#12345");
+    row("color: red !important", "");
+    row("color: rgb(300,0)", "rgb(300,0)");
+    row("color: rgb(300,0,0)", "rgb(300,0,0)");
+    row("color: rgb(a,0,0)", "rgb(a,0,0)");
+    row("color: rgb( 255, 0 , 10% )", "");
+    row("color: rgb(0,0,101%)", "rgb(0,0,101%)");
+    row("color: rgba(1,2,3,0.5); color: rgba(1,2,3,50%); color: rgb(1,2,3,4)", "");
+    row("color: hsv(359,255,255); color: hsla(1,2,3,4)", "");
+    row("color: hsv(360,0,0)", "hsv(360,0,0)");
+    row("color: cmyk(1,2,3,4)", "cmyk(1,2,3,4)");
+    row("color: palette(window-text); alternate-background-color: palette(base)", "");
+    row("background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 white, stop:1 rgba(0,0,0,5))", "");
+    row("background-color: qradialgradient(cx:0.5, stop: 0 red)", "");
+    row("background: rde", "rde");
+    row("background: none; background: red", "");
+    row("background: url() no-repeat top left fixed; background: #fff repeat-x 3px", "");
+    row("border-color: red rde #fff blue", "rde");
+    row("border: 1px solid rde", "rde");
+    row("border: none; border-top: 1px dashed #aaa; border-left: .5em dot-dot-dash red", "");
+    row("border-radius: rde; border-style: rde; font: rde; image: rde; border-width: rde", "");
+    row("outline: 1px solid rde; outline: none", "rde");
+    row("qproperty-some-color: rde", "");
+}
+
+void TestStyleCheck::colours()
+{
+    QFETCH(QString, declarations);
+    for (const char* frame : {"QTableView { %1 }", "QTableView{%1;}"}) {
+        QStringList unknown;
+        const QString sheet = QString::fromLatin1(frame).arg(declarations);
+        for (const Finding& finding : checkStyle(linesOf(sheet))) {
+            if (finding.text.startsWith(QLatin1String("in the style sheet: Unknown color name "))) {
+                unknown.append(finding.text.section(QLatin1Char('\''), 1, 1));
+            }
+        }
+        QTEST(unknown.join(QLatin1Char(' ')), "unknown");
+    }
+}
+
+void TestStyleCheck::length_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<int>("tooLongAt"); // 0 where it is not
+    const QString rule = QStringLiteral("QLabel { color: red; }  ");
+    QTest::newRow("long") << rule.repeated(10000) << 1 << 0;
+    QTest::newRow("too long") << rule.repeated(12000) << 1 << 10;
+    QTest::newRow("one endless") << QStringLiteral("x").repeated(20000000) << 1 << 10;
+    QTest::newRow("many") << QStringLiteral("x").repeated(999) << 300 << 272;
+    QTest::newRow("many that end nowhere") << QStringLiteral("{;") << 80000 << 0;
+}
+
+/// Within seconds, whatever stands there.
+void TestStyleCheck::length()
+{
+    QFETCH(QString, line);
+    QFETCH(int, number);
+    QFETCH(int, tooLongAt);
+    Lines lines;
+    for (int i = 0; i < number; ++i) {
+        lines.append({10 + i, line});
+    }
+    QElapsedTimer time;
+    time.start();
+    const Findings found = checkStyle(lines);
+    QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()).constData());
+    const bool isTooLong = !found.isEmpty() && found.first().kind == QLatin1String("too-long");
+    QCOMPARE(isTooLong ? found.first().line : 0, tooLongAt);
+    QVERIFY(!isTooLong || found.size() == 1);
 }
 
 void TestStyleCheck::finds()
