@@ -2,7 +2,7 @@
 #include "check/SettingsCheck.h"
 
 #include <QApplication>
-#include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,6 +20,7 @@ const char* const usage
       "would pass over without a word. It never writes.\n"
       "\n"
       "  --json      tell it as JSON\n"
+      "  --          what follows is a file\n"
       "  --help      show this text\n"
       "  --version   show the version\n"
       "\n"
@@ -29,31 +30,49 @@ const char* const usage
 struct Options
 {
     bool json = false;
-    QString file;
+    QByteArray file; ///< as it is named; null where none is
     QString text; ///< to show, and nothing else
     QString error;
 };
 
-Options optionsOf(const QStringList& arguments)
+void takeFile(const QByteArray& argument, Options* options)
+{
+    if (argument.isEmpty() || !options->file.isNull()) {
+        options->error
+            = QStringLiteral("\"%1\" is not understood; try --help").arg(QFile::decodeName(argument));
+    } else {
+        options->file = argument;
+    }
+}
+
+Options optionsOf(const QList<QByteArray>& arguments)
 {
     Options options;
-    for (const QString& argument : arguments) {
-        if (argument == QLatin1String("--json")) {
+    bool isFile = false;
+    for (const QByteArray& argument : arguments) {
+        if (isFile || !argument.startsWith('-')) {
+            takeFile(argument, &options);
+        } else if (argument == "--") {
+            isFile = true;
+        } else if (argument == "--json") {
             options.json = true;
-        } else if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {
+        } else if (argument == "--help" || argument == "-h") {
             options.text = QString::fromLatin1(usage);
-        } else if (argument == QLatin1String("--version")) {
+        } else if (argument == "--version") {
             options.text = QStringLiteral("vantrel-check, %1\n").arg(gsVersion);
-        } else if (argument.startsWith(QLatin1Char('-')) || !options.file.isEmpty()) {
-            options.error = QStringLiteral("\"%1\" is not understood; try --help").arg(argument);
         } else {
-            options.file = argument;
+            options.error
+                = QStringLiteral("\"%1\" is not understood; try --help").arg(QFile::decodeName(argument));
         }
     }
-    if (options.file.isEmpty()) {
-        options.file = QDir::homePath() + QStringLiteral("/.Vantrel");
-    }
     return options;
+}
+
+/// @return the user's settings; empty where there is no home folder
+QByteArray usersFile()
+{
+    const QByteArray home = qgetenv("HOME");
+    return home.isEmpty() ? QByteArray() : home + (home.endsWith('/') ? ".Vantrel" : "/.Vantrel");
 }
 
 int fail(const QString& text)
@@ -93,6 +112,26 @@ QByteArray asJson(const QString& file, const Findings& findings)
     return QJsonDocument(QJsonObject{{"file", file}, {"findings", all}}).toJson();
 }
 
+/// @param name of the settings file; empty where none is named and there is no home folder
+/// @return the exit status
+int checkFile(const QByteArray& name, bool json)
+{
+    const QString file = QFile::decodeName(name);
+    if (name.isEmpty()) {
+        return fail(QStringLiteral("HOME is not set, so that there is no ~/.Vantrel: name a file"));
+    }
+    if (QFile::encodeName(file) != name) {
+        return fail(QStringLiteral("%1 cannot be read: its name is no text in the locale").arg(file));
+    }
+    SettingsCheck check;
+    if (!check.read(file)) {
+        return fail(QStringLiteral("%1 cannot be read").arg(file));
+    }
+    const Findings findings = check.findings();
+    const int status = findings.isEmpty() ? NothingFound : SomethingFound;
+    return put(json ? asJson(file, findings) : asText(file, findings), status);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -105,9 +144,9 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "minimal");
     qputenv("XDG_RUNTIME_DIR", "/dev/null");
     qputenv("TMPDIR", "/dev/null");
-    QStringList arguments;
+    QList<QByteArray> arguments;
     for (int i = 1; i < argc; ++i) {
-        arguments.append(QString::fromLocal8Bit(argv[i]));
+        arguments.append(QByteArray(argv[i]));
     }
     int one = 1; // Qt's own options are not for this program
     const QApplication application(one, argv);
@@ -118,11 +157,5 @@ int main(int argc, char** argv)
     if (!options.text.isEmpty()) {
         return put(options.text.toLocal8Bit(), NothingFound);
     }
-    SettingsCheck check;
-    if (!check.read(options.file)) {
-        return fail(QStringLiteral("%1 cannot be read").arg(options.file));
-    }
-    const Findings findings = check.findings();
-    const int status = findings.isEmpty() ? NothingFound : SomethingFound;
-    return put(options.json ? asJson(options.file, findings) : asText(options.file, findings), status);
+    return checkFile(options.file.isNull() ? usersFile() : options.file, options.json);
 }

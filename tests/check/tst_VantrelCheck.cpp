@@ -3,6 +3,7 @@
 #include "tests/support/TestMain.h"
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -29,6 +30,10 @@ private slots:
     void jsonOfNothing();
     void unreadableFile_data();
     void unreadableFile();
+    void nameBehindTheOptions();
+    void noHome();
+    void nameThatIsNoText();
+    void endlessStyle();
     void wrongUse_data();
     void wrongUse();
     void information_data();
@@ -178,11 +183,59 @@ void TestVantrelCheck::unreadableFile()
         told.errors.constData());
 }
 
+void TestVantrelCheck::nameBehindTheOptions()
+{
+    dir->file(QStringLiteral("--json"), "x\nnorecurse=^/proc\n");
+    const Run told = run({"--", "--json"});
+    QCOMPARE(told.output, QByteArray("--json:1: there is no key \"x\" [unknown-key]\n"));
+    QCOMPARE(told.status, 1);
+    settings(twoWrong);
+    QCOMPARE(run({"--"}).status, 1);
+}
+
+void TestVantrelCheck::noHome()
+{
+    dir->file(QStringLiteral("s"), nothingWrong);
+    for (const char* shell : {"HOME= exec \"$0\" \"$@\"", "unset HOME; exec \"$0\" \"$@\""}) {
+        const Run told = run({}, QString::fromLatin1(shell));
+        QCOMPARE(told.status, 2);
+        QCOMPARE(told.errors,
+            QByteArray("vantrel-check: HOME is not set, so that there is no ~/.Vantrel: name a file\n"));
+        QCOMPARE(run({"s"}, QString::fromLatin1(shell)).status, 0);
+    }
+}
+
+void TestVantrelCheck::nameThatIsNoText()
+{
+    const QString shell
+        = QStringLiteral("f=$(printf 'a\\377'); : >\"$f\"; LC_ALL=C.UTF-8 exec \"$0\" \"$f\"");
+    const Run told = run({}, shell);
+    QCOMPARE(told.status, 2);
+    QCOMPARE(told.output, QByteArray());
+    QVERIFY2(told.errors.endsWith(" cannot be read: its name is no text in the locale\n"),
+        told.errors.constData());
+}
+
+void TestVantrelCheck::endlessStyle()
+{
+    settings(nothingWrong + "style=" + QByteArray(30000000, 'x') + '\n');
+    QElapsedTimer time;
+    time.start();
+    const Run told = run();
+    QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()).constData());
+    QVERIFY2(
+        told.output.endsWith(":4: this line is too long to check [too-long]\n"), told.output.constData());
+    QCOMPARE(told.status, 1);
+}
+
 void TestVantrelCheck::wrongUse_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("option") << QStringList{"--bogus"};
     QTest::newRow("option of Qt") << QStringList{"-style", "fusion"};
+    QTest::newRow("empty name") << QStringList{""};
+    QTest::newRow("empty name behind the options") << QStringList{"--json", "--", ""};
+    QTest::newRow("option for a file") << QStringList{"--", "home/.Vantrel", "--json"};
     QTest::newRow("two files") << QStringList{"home/.Vantrel", "x"};
 }
 
