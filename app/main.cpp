@@ -1,4 +1,5 @@
 #include "app/EndSignals.h"
+#include "app/InheritedDescriptors.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
 #include "app/aVantrel.h"
@@ -73,6 +74,7 @@ QIcon loadIcon(const QString& fileName)
 
 int main(int argc, char** argv)
 {
+    keepInheritedDescriptors();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     nameTimeZone();

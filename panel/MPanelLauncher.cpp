@@ -23,7 +23,8 @@ QProcessEnvironment userEnvironment()
 
 bool startProgram(const QString& program, const QStringList& arguments, const QString& folder)
 {
-    if (!QFileInfo(folder).isDir()) {
+    const QFileInfo info(folder);
+    if (!info.isDir() || !info.isExecutable()) {
         return false; // the program would be started in some other folder
     }
     QProcess process;

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <unistd.h>
@@ -127,6 +128,7 @@ private slots:
     void signalsEndItInGoodOrder();
     void signalWhileTheSettingsBoxStands();
     void endOfTheSession();
+    void inheritedDescriptorsAreKept();
     void missingSettingsAreToldBeforeTheWindow();
     void sharpScreens();
     void timeZone_data();
@@ -221,6 +223,17 @@ void TestMainFunction::endOfTheSession()
                  }),
         0);
     QVERIFY(!asksWindows);
+}
+
+void TestMainFunction::inheritedDescriptorsAreKept()
+{
+    const TestDir home;
+    home.file(settings);
+    const int inherited = ::dup(STDERR_FILENO); // NOLINT(android-cloexec-dup): as if inherited
+    int flags = 0;
+    QCOMPARE(run(home, [&] { flags = ::fcntl(inherited, F_GETFD); }), 0);
+    ::close(inherited);
+    QCOMPARE(flags, FD_CLOEXEC);
 }
 
 void TestMainFunction::missingSettingsAreToldBeforeTheWindow()

@@ -1,9 +1,11 @@
 #include "panel/MPanel.h"
 
 #include "app/EndSignals.h"
+#include "app/InheritedDescriptors.h"
 #include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/myFileSystemModel.h"
+#include "tests/support/AsNobody.h"
 #include "tests/support/BoxAnswers.h"
 #include "tests/support/PanelWindow.h"
 #include "tests/support/ProcessFigures.h"
@@ -72,6 +74,7 @@ private slots:
     void workingFolder();
     void homeFolder();
     void workingFolderIsGone();
+    void workingFolderIsClosed();
     void startFails_data();
     void startFails();
     void panelStaysAfterFailure();
@@ -217,6 +220,20 @@ void TestMPanelLauncher::workingFolderIsGone()
     QCOMPARE(answers.texts(), QStringList{"Failed to start program:\n" + program});
 }
 
+void TestMPanelLauncher::workingFolderIsClosed()
+{
+    dir->setMode(QString(), 0755);
+    tools->setMode(QString(), 0777);
+    const QString closed = dir->folder(QStringLiteral("closed"), 0600);
+    BoxAnswers answers;
+    answers.click(QStringLiteral("OK"));
+    {
+        const AsNobody nobody; // root may enter any folder
+        panel->Launcher(program, QString(), QString(), closed);
+    }
+    QCOMPARE(answers.texts(), QStringList{"Failed to start program:\n" + program});
+}
+
 void TestMPanelLauncher::startFails_data()
 {
     QTest::addColumn<QString>("command");
@@ -336,11 +353,14 @@ void TestMPanelLauncher::environmentIsTheUsers()
 
 void TestMPanelLauncher::noDescriptorIsInherited()
 {
+    keepInheritedDescriptors(); // as start-up does
     QVERIFY(waitForList(panel)); // the folder is watched by now
     panel->Launcher(program, QString(), QString(), QString());
     QCOMPARE(record().size(), 1);
     const QByteArray descriptors = recorded(QStringLiteral("fds"));
     QVERIFY(descriptors.contains("record.fds"));
+    // Standard input and error; standard output, which the record is; and what ls lists.
+    QVERIFY2(descriptors.count(" -> ") == 4, descriptors.constData());
     for (const char* kind : {"inotify", "eventfd", "eventpoll", "timerfd", "socket:"}) {
         QVERIFY2(!descriptors.contains(kind), descriptors.constData());
     }
