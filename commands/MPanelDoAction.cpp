@@ -4,6 +4,7 @@
 
 #include "app/aGlobal.h"
 #include "commands/DialogNewDir.h"
+#include "commands/OneOperation.h"
 #include "commands/Rename.h"
 #include "info/Checksum.h"
 #include "info/DialogFileSize.h"
@@ -23,10 +24,18 @@ void runDialog(MPanel* panel, const QString& path)
     dialog.exec();
 }
 
+bool preparesOperation(int code)
+{
+    return code == CommandCopy || code == CommandDelete || code == CommandDropCopy || code == CommandDropMove;
+}
+
 } // namespace
 
 void MPanel::gotDrop(Qt::DropAction action, const QString& target)
 {
+    if (OneOperation::stands()) {
+        return;
+    }
     gsDropBase = target;
     if (action == Qt::CopyAction) {
         DoAction(CommandDropCopy, QString(), QString());
@@ -37,6 +46,9 @@ void MPanel::gotDrop(Qt::DropAction action, const QString& target)
 
 void MPanel::DoAction(int code, const QString& path, const QString& command)
 {
+    if (preparesOperation(code) && OneOperation::stands()) {
+        return;
+    }
     switch (code) {
     case CommandProperties:
         runDialog<MProperties>(this, path);

@@ -5,6 +5,7 @@
 #include "app/MessageBoxes.h"
 #include "app/TextHelpers.h"
 #include "app/aGlobal.h"
+#include "commands/OneOperation.h"
 #include "fileops/MCopy.h"
 #include "fileops/MProgress.h"
 #include "panel/MList.h"
@@ -28,6 +29,7 @@ constexpr int momentMs = 1000;
 /// Asks, and runs the pending operation if the answer is Yes.
 void askAndRun(QWidget* parent, const QString& question, int kind)
 {
+    const OneOperation here;
     if (!questionBox(parent, gsProduct, question)) {
         return;
     }
