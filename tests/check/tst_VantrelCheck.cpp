@@ -196,7 +196,7 @@ void TestVantrelCheck::nameBehindTheOptions()
 void TestVantrelCheck::noHome()
 {
     dir->file(QStringLiteral("s"), nothingWrong);
-    for (const char* shell : {"HOME= exec \"$0\" \"$@\"", "unset HOME; exec \"$0\" \"$@\""}) {
+    for (const char* shell : {R"(HOME= exec "$0" "$@")", R"(unset HOME; exec "$0" "$@")"}) {
         const Run told = run({}, QString::fromLatin1(shell));
         QCOMPARE(told.status, 2);
         QCOMPARE(told.errors,
