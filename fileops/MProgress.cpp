@@ -6,6 +6,7 @@
 #include "fileops/ProgressWorker.h"
 #include "ui_MProgress.h"
 
+#include <QIcon>
 #include <QMessageBox>
 #include <QMutexLocker>
 #include <QPointer>
@@ -155,14 +156,18 @@ void MProgress::ask(const QString& text, const Choices& choices)
     box.button(QMessageBox::Reset)->setText(choices.secondText);
     box.button(QMessageBox::Apply)->setText(choices.thirdText);
     box.button(QMessageBox::Discard)->setText(QStringLiteral("Abort"));
+    const QList<QAbstractButton*> buttons = box.buttons();
+    for (QAbstractButton* button : buttons) {
+        button->setIcon(QIcon()); // some desktops put one there, which says what the button was
+    }
     box.setDefaultButton(QMessageBox::Help);
-    const int button = box.exec();
+    const int pressed = box.exec();
 
-    if (button == QMessageBox::Reset) {
+    if (pressed == QMessageBox::Reset) {
         answer = choices.second;
-    } else if (button == QMessageBox::Apply) {
+    } else if (pressed == QMessageBox::Apply) {
         answer = choices.third;
-    } else if (button == QMessageBox::Discard || box.isVisible()) {
+    } else if (pressed == QMessageBox::Discard || box.isVisible()) {
         // Still visible: not answered, the application quits.
         answer = AnswerAbort;
     } else {

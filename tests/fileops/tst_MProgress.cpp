@@ -13,6 +13,7 @@
 #include <QMetaMethod>
 #include <QPointer>
 #include <QProgressBar>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSemaphore>
@@ -122,6 +123,7 @@ private slots:
     // Questions.
     void question();
     void warning();
+    void buttonsHaveNoIcons();
     void questionAnswers_data();
     void questionAnswers();
     void returnIsTheDefaultButton();
@@ -460,6 +462,40 @@ void TestMProgress::warning()
     QStringList buttons = box.buttons;
     buttons.sort();
     QCOMPARE(buttons, (QStringList{"Abort", "Ignore", "IgnoreAll", "Retry"}));
+}
+
+/// As where the desktop wants icons on the buttons of dialogs.
+void TestMProgress::buttonsHaveNoIcons()
+{
+    class WithIcons : public QProxyStyle
+    {
+        int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+            QStyleHintReturn* result) const override
+        {
+            return hint == SH_DialogButtonBox_ButtonsHaveIcons
+                ? 1
+                : QProxyStyle::styleHint(hint, option, widget, result);
+        }
+    };
+    const QString before = QApplication::style()->objectName();
+    QApplication::setStyle(new WithIcons); // the application owns it
+    const QMessageBox plain(QMessageBox::Warning, QString(), QString(), QMessageBox::Apply);
+    QVERIFY(!plain.button(QMessageBox::Apply)->icon().isNull());
+
+    HeldDialog held(OpCopy);
+    BoxAnswers answers;
+    int without = 0;
+    answers.meanwhile([&without] {
+        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        const QList<QAbstractButton*> buttons = box->buttons();
+        for (const QAbstractButton* button : buttons) {
+            without += button->icon().isNull() ? 1 : 0;
+        }
+    });
+    answers.click("Yes");
+    held.dialog->myQuestion("The text");
+    QApplication::setStyle(before);
+    QCOMPARE(without, 4);
 }
 
 void TestMProgress::questionAnswers_data()
