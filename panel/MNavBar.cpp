@@ -23,6 +23,7 @@ MNavBar::MNavBar(QWidget* parent)
     , charWidth(averageDigitWidth(this, navBarName(), true))
 {
     setAccessibleName(QStringLiteral("Path bar"));
+    setAttribute(Qt::WA_StyledBackground); // else a style sheet's rule for this class would paint nothing
 }
 
 void MNavBar::deleteButtons()

@@ -6,6 +6,7 @@
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
+#include <QImage>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalMapper>
@@ -78,6 +79,7 @@ private slots:
     void pressesAfterAPress();
     void keyboardPress();
     void styleSheetReachesBarAndButtons();
+    void styleSheetPaintsTheBar();
 
 private:
     void click(const QPushButton* button);
@@ -344,6 +346,21 @@ void TestMNavBar::styleSheetReachesBarAndButtons()
     qApp->setStyleSheet(QString());
     const MNavBar normal(panel);
     QVERIFY2(big.charWidth > normal.charWidth, "the button's own font is measured");
+}
+
+/// Also where no button is.
+void TestMNavBar::styleSheetPaintsTheBar()
+{
+    const auto rightEdge = [this] {
+        const QImage picture = window->window.grab().toImage();
+        return picture.pixelColor(bar->mapTo(&window->window, QPoint(bar->width() - 2, bar->height() / 2)));
+    };
+    const QColor plain = rightEdge();
+    qApp->setStyleSheet(QStringLiteral("MNavBar { background: #12ab34 }"));
+    const QColor styled = rightEdge();
+    qApp->setStyleSheet(QString());
+    QCOMPARE(styled, QColor(0x12, 0xab, 0x34));
+    QCOMPARE(rightEdge(), plain);
 }
 
 VANTREL_TEST_MAIN(TestMNavBar)
