@@ -1,5 +1,6 @@
 #include "app/aVantrel.h"
 
+#include "app/WindowSystem.h"
 #include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/MPanel.h"
@@ -114,8 +115,8 @@ void aVantrel::takeKeyboard()
     if (userIsAway || QApplication::activeModalWidget() != nullptr) {
         return;
     }
-    activateWindow();
-    QApplication::setActiveWindow(this);
+    askForKeyboard(this);
+    noteKeyboard(this);
 }
 
 void aVantrel::arrange(int arrangement)

@@ -4,6 +4,7 @@
 
 #include "app/MessageBoxes.h"
 #include "app/TextHelpers.h"
+#include "app/WindowSystem.h"
 #include "app/aGlobal.h"
 #include "commands/OneOperation.h"
 #include "fileops/MCopy.h"
@@ -37,12 +38,12 @@ void askAndRun(QWidget* parent, const QString& question, int kind)
         = new MProgress(parent, kind); // frees itself when it has been executed
     progress->exec();
     // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
-    parent->window()->activateWindow();
+    askForKeyboard(parent->window());
     const QWidget* active = QApplication::activeWindow();
     if ((active == nullptr || !active->isVisible()) && progress && progress->undisturbedMs() < momentMs) {
         // The dialog came and went while the window manager was still giving the keyboard from the question
         // back to the window. Qt hands it on to the dialog then, and is never told that the window has it.
-        QApplication::setActiveWindow(parent->window());
+        noteKeyboard(parent->window());
     }
 }
 

@@ -1,11 +1,11 @@
 #include "panel/ViewDrag.h"
 
+#include "app/WindowSystem.h"
 #include "panel/MPanel.h"
 #include "panel/myDelegate.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QCursor>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QMimeData>
@@ -80,8 +80,7 @@ void ViewDrag::nudgeCursor()
     if (QApplication::activeModalWidget() != nullptr) {
         return; // dropped: what stands now is the question about it
     }
-    const QPoint pos = QCursor::pos();
-    QCursor::setPos(pos + QPoint(nudgeToggle ? -1 : 1, 0));
+    moveCursor(QPoint(nudgeToggle ? -1 : 1, 0));
     nudgeToggle = !nudgeToggle;
 }
 

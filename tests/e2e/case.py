@@ -21,6 +21,9 @@ BROWSE = SETTINGS + "drive={tree}/a=Sub\n"
 class VantrelTest(unittest.TestCase):
     """A test with a file tree and a home of its own. start() starts the program."""
 
+    #: How the program is started.
+    program_type = Vantrel
+
     _count = 0
 
     def setUp(self):
@@ -52,7 +55,7 @@ class VantrelTest(unittest.TestCase):
         if settings is not None:
             for word, path in (("tree", self.tree), ("home", self.home), ("bin", self.stand_ins)):
                 settings = settings.replace("{" + word + "}", path)
-        self.program = Vantrel(self.home, self.stand_ins, settings, **options)
+        self.program = self.program_type(self.home, self.stand_ins, settings, **options)
         self.addCleanup(self.program.end)
         self.addCleanup(desktop.let_go)
         if ready:

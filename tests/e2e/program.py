@@ -55,6 +55,10 @@ class Vantrel:
         wait_for(lambda: not self.alive(), "the program has ended")
         return self.process.returncode
 
+    def click(self, item):
+        """Clicks on something in a box."""
+        desktop.click(*item.middle)
+
     # --- Windows.
 
     def windows(self):
@@ -145,6 +149,9 @@ class Vantrel:
     def popup(self):
         """The menu that is open; waits for it."""
         wait_for(self.menu_is_open, lambda: f"a menu among {self.titles()}")
+        return self._look_at_menu()
+
+    def _look_at_menu(self):
         application = a11y.application(self.process.pid)
         # Menus are in no list of windows: what is told is the entry that gets the focus.
         a11y.forget_focus(application)
@@ -224,7 +231,7 @@ class Box:
 
     def press(self, button, stays=False):
         """Clicks on a button; the box ends with that, unless it is said to stay."""
-        desktop.click(*self.window.find("push button", button).middle)
+        self.program.click(self.window.find("push button", button))
         if not stays:
             self.wait_gone()
 
@@ -242,7 +249,7 @@ class Box:
         """Replaces the text of the field that can be edited."""
         self.wait_active()
         field, = [field for field in self.fields if not field.has("read-only")]
-        desktop.click(*field.middle)
+        self.program.click(field)
         wait_for(lambda: field.has("focused"), "the field has the keyboard")
         desktop.key("ctrl+a", "Delete")
         desktop.type_text(text)
