@@ -10,6 +10,7 @@
 #include <QStringBuilder>
 #include <QTextStream>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -121,6 +122,44 @@ const std::array<Key, 7> keys{{
     {QLatin1String("menu"), readMenu},
 }};
 
+/// How much of a line is read at once, in characters.
+constexpr int pieceLength = 65536;
+
+/// A line that is longer than this, in characters, is held whole only where its key is one of the program's.
+constexpr int longestOfOthers = 8 * pieceLength;
+
+/// @param begin the beginning of a line, without blanks before it
+/// @return whether its key may be one of the program's
+bool mayMeanSomething(const QStringRef& begin)
+{
+    const QStringRef key = begin.left(begin.indexOf(QLatin1Char('='))).trimmed(); // all where there is no "="
+    return std::any_of(keys.begin(), keys.end(),
+        [&key](const Key& known) { return key.compare(known.name, Qt::CaseInsensitive) == 0; });
+}
+
+QString withoutBlanksBefore(QString piece)
+{
+    const auto isText = [](QChar unit) { return !unit.isSpace(); };
+    const auto text = std::find_if(piece.constBegin(), piece.constEnd(), isText);
+    return piece.remove(0, static_cast<int>(text - piece.constBegin()));
+}
+
+/// Reads one line, trimmed; only the beginning of a very long one that means nothing.
+QString nextLine(QTextStream& stream)
+{
+    QString line;
+    QString piece;
+    do {
+        piece = stream.readLine(pieceLength);
+        if (line.isEmpty()) {
+            line = withoutBlanksBefore(piece);
+        } else if (line.length() <= longestOfOthers || mayMeanSomething(line.leftRef(longestOfOthers))) {
+            line += piece;
+        }
+    } while (piece.length() == pieceLength && !stream.atEnd());
+    return line.trimmed();
+}
+
 /// Takes a line into the settings.
 /// @param text one line, trimmed
 ConfigLine readLine(const QString& text)
@@ -159,7 +198,7 @@ bool ReadConfigLines(const QString& path, const std::function<void(const ConfigL
 
     QTextStream stream(&file);
     for (int number = 1; !stream.atEnd(); ++number) {
-        ConfigLine line = readLine(stream.readLine().trimmed());
+        ConfigLine line = readLine(nextLine(stream));
         line.number = number;
         if (taken) {
             taken(line);

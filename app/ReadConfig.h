@@ -15,7 +15,7 @@ void ReadConfig(QString path);
 struct ConfigLine
 {
     int number = 0; ///< from 1
-    QString text; ///< the whole line, trimmed
+    QString text; ///< the whole line, trimmed; of one that means nothing no more than some 600,000 characters
     QString key; ///< lower case; empty for a comment and for a line that has none
     QString value; ///< what follows the first "=", trimmed
     bool known = false; ///< whether the key is one of the program's

@@ -25,6 +25,11 @@ constexpr qint64 longestReadMs = 30000;
 constexpr long mostMib = 200;
 #endif
 
+int manyTimes()
+{
+    return qEnvironmentVariableIntValue("VANTREL_LONG") != 0 ? 1000000 : 100000;
+}
+
 } // namespace
 
 // What kinds of file are read: odd, huge, unreadable, or no file at all.
@@ -60,6 +65,10 @@ private slots:
     void manyLines();
     void longLine_data();
     void longLine();
+    void lineOfPieces_data();
+    void lineOfPieces();
+    void longLinesThatMeanNothingAreNotHeld_data();
+    void longLinesThatMeanNothingAreNotHeld();
     void binary();
     void writesNothing();
     void leavesNoDescriptor();
@@ -252,20 +261,19 @@ void TestReadConfigFiles::manyLines_data()
     QTest::addColumn<int>("styleLength");
     QTest::addColumn<int>("menuEntries");
     QTest::addColumn<int>("drives");
-    constexpr int million = 1000000;
     QTest::newRow("comments") << QByteArray("# a comment line of usual length\n") << 0 << 0 << 0;
     QTest::newRow("blank") << QByteArray("\n") << 0 << 0 << 0;
     QTest::newRow("unknown") << QByteArray("unknown = value\n") << 0 << 0 << 0;
-    QTest::newRow("style") << QByteArray("style=QLabel {}\n") << 10 * million << 0 << 0;
+    QTest::newRow("style") << QByteArray("style=QLabel {}\n") << 10 * manyTimes() << 0 << 0;
     QTest::newRow("icon") << QByteArray("icon=/usr/share/icon.png\n") << 0 << 0 << 0;
-    QTest::newRow("menu") << QByteArray("menu=copy=*=Copy\n") << 0 << million << 0;
-    QTest::newRow("drive") << QByteArray("drive=/mnt=Data\n") << 0 << 0 << million;
+    QTest::newRow("menu") << QByteArray("menu=copy=*=Copy\n") << 0 << manyTimes() << 0;
+    QTest::newRow("drive") << QByteArray("drive=/mnt=Data\n") << 0 << 0 << manyTimes();
 }
 
 void TestReadConfigFiles::manyLines()
 {
     QFETCH(QByteArray, line);
-    const QString path = m_dir.file(QStringLiteral("many"), line.repeated(1000000));
+    const QString path = m_dir.file(QStringLiteral("many"), line.repeated(manyTimes()));
     const long before = residentKib();
     QElapsedTimer timer;
     timer.start();
@@ -309,6 +317,75 @@ void TestReadConfigFiles::longLine()
     QCOMPARE(gsNoRecurse, QStringLiteral("after"));
 }
 
+void TestReadConfigFiles::lineOfPieces_data()
+{
+    // Lines are read in pieces of 65,536 characters, and held whole beyond 524,288 only where they mean
+    // something.
+    QTest::addColumn<int>("length");
+    for (const int around : {65536, 131072, 524288, 589824}) {
+        for (const int length : {around - 1, around, around + 1}) {
+            QTest::newRow(qPrintable(QString::number(length))) << length;
+        }
+    }
+}
+
+void TestReadConfigFiles::lineOfPieces()
+{
+    QFETCH(int, length);
+    const QByteArray value = QByteArray(length - 10, 'v') + "=end!"; // with "icon=" the line is that long
+    for (const QByteArray& end : {QByteArray("\n"), QByteArray("\r\n"), QByteArray()}) {
+        read("icon=" + value + end);
+        QCOMPARE(gsAppIcon, QString(value));
+        if (!end.isEmpty()) {
+            read("icon=" + value + end + "norecurse=after" + end);
+            QCOMPARE(gsAppIcon, QString(value));
+            QCOMPARE(gsNoRecurse, QStringLiteral("after"));
+        }
+        read(QByteArray(length, ' ') + "icon=" + value + QByteArray(length, '\t') + end);
+        QCOMPARE(gsAppIcon, QString(value));
+        read("icon" + QByteArray(length, ' ') + "=" + value + end);
+        QCOMPARE(gsAppIcon, QString(value));
+        gsAppIcon.clear();
+        gsNoRecurse.clear();
+        read("#" + QByteArray(length, 'x') + "icon=x" + end);
+        read(QByteArray(length, 'x') + "=icon=x" + end);
+        read(QByteArray(length, 'x') + " icon=x" + end);
+        QCOMPARE(gsAppIcon, QString());
+    }
+}
+
+void TestReadConfigFiles::longLinesThatMeanNothingAreNotHeld_data()
+{
+    QTest::addColumn<QByteArray>("begin");
+    QTest::addColumn<char>("unit");
+    QTest::newRow("comment") << QByteArray("#") << 'x';
+    QTest::newRow("unknown key") << QByteArray("colour=") << 'x';
+    QTest::newRow("no key") << QByteArray() << 'x';
+    QTest::newRow("blanks") << QByteArray() << ' ';
+    QTest::newRow("NUL") << QByteArray() << '\0';
+    QTest::newRow("separators") << QByteArray() << '=';
+}
+
+void TestReadConfigFiles::longLinesThatMeanNothingAreNotHeld()
+{
+    QFETCH(QByteArray, begin);
+    QFETCH(char, unit);
+    QFile file(m_dir.path(QStringLiteral("long")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(begin);
+    const QByteArray part(1000000, unit);
+    for (int i = 0; i < 10; ++i) {
+        file.write(part);
+    }
+    file.write("\nicon=after\n");
+    file.close();
+    int longest = 0;
+    QVERIFY(ReadConfigLines(
+        file.fileName(), [&](const ConfigLine& line) { longest = qMax(longest, line.text.length()); }));
+    QCOMPARE(gsAppIcon, QStringLiteral("after"));
+    QVERIFY2(longest < 600000, QByteArray::number(longest).constData());
+}
+
 void TestReadConfigFiles::binary()
 {
     QByteArray noise(4 << 20, '\0');
@@ -350,7 +427,7 @@ void TestReadConfigFiles::leavesNoDescriptor()
 {
     read("icon=a\n");
     const int before = descriptorCount();
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 10; ++i) {
         read("icon=a\n");
     }
     QCOMPARE(descriptorCount(), before);
