@@ -69,11 +69,16 @@ private slots:
     void awkwardNames();
     void destroyedWhileReading();
     void nothingIsLeftOver();
+
+private:
+    /// Where the folders stand that are read. The system's own place for temporary files changes whenever
+    /// another program works there, which a listing shows as "..".
+    const TestDir m_above;
 };
 
 void TestFolderReader::firstReading()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("b.txt"));
     dir.file(QStringLiteral("a10"));
     dir.file(QStringLiteral("a9"));
@@ -101,7 +106,7 @@ void TestFolderReader::firstReading()
 
 void TestFolderReader::foldersOnly()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("file"));
     dir.folder(QStringLiteral("folder"));
     dir.folder(QStringLiteral(".hiddenfolder"));
@@ -115,7 +120,7 @@ void TestFolderReader::foldersOnly()
 
 void TestFolderReader::emptyFolder()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     Noting noting;
     noting.reader.read(dir.path());
     QTRY_COMPARE(noting.readings.size(), 1);
@@ -134,7 +139,7 @@ void TestFolderReader::goneFolder_data()
 void TestFolderReader::goneFolder()
 {
     QFETCH(QString, relative);
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("file"));
     dir.link(QStringLiteral("dangling"), QStringLiteral("nowhere"));
     Noting noting;
@@ -146,7 +151,7 @@ void TestFolderReader::goneFolder()
 
 void TestFolderReader::knows()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     Noting noting;
     QVERIFY(!noting.reader.knows(dir.path()));
     noting.reader.read(dir.path());
@@ -156,7 +161,7 @@ void TestFolderReader::knows()
 
 void TestFolderReader::forget()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     for (const char* name : {"a", "a/b", "a/b/c", "ab"}) {
         dir.folder(QLatin1String(name));
     }
@@ -203,7 +208,7 @@ void TestFolderReader::changesAreTold_data()
 void TestFolderReader::changesAreTold()
 {
     QFETCH(QString, what);
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.files(QStringLiteral("."), 3);
     Noting noting;
     noting.reader.read(dir.path());
@@ -260,7 +265,7 @@ void TestFolderReader::changesAreTold()
 
 void TestFolderReader::sizeAloneIsTold()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("it"), "1");
     dir.setTimes(QStringLiteral("it"), 1000);
     Noting noting;
@@ -274,7 +279,7 @@ void TestFolderReader::sizeAloneIsTold()
 
 void TestFolderReader::nothingIsToldWithoutChange()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("it"), "1");
     Noting noting;
     noting.reader.read(dir.path());
@@ -287,7 +292,7 @@ void TestFolderReader::nothingIsToldWithoutChange()
 
 void TestFolderReader::refreshReadsAgain()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.folder(QStringLiteral("a"));
     dir.folder(QStringLiteral("b"));
     Noting noting;
@@ -303,7 +308,7 @@ void TestFolderReader::refreshReadsAgain()
 // A watch follows the folder that it was set on, not its path: nothing tells of what happens at a link.
 void TestFolderReader::refreshAfterUnseenChange()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("one/old"));
     dir.file(QStringLiteral("two/new"));
     dir.link(QStringLiteral("link"), QStringLiteral("one"));
@@ -322,7 +327,7 @@ void TestFolderReader::refreshAfterUnseenChange()
 
 void TestFolderReader::folderVanishes()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     const QString folder = dir.folder(QStringLiteral("it"));
     Noting noting;
     noting.reader.read(folder);
@@ -334,7 +339,7 @@ void TestFolderReader::folderVanishes()
 
 void TestFolderReader::folderMadeAnew()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     const QString folder = dir.folder(QStringLiteral("it"));
     dir.file(QStringLiteral("it/old"));
     Noting noting;
@@ -349,7 +354,7 @@ void TestFolderReader::folderMadeAnew()
 
 void TestFolderReader::readTwiceAtOnce()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.files(QStringLiteral("."), 100);
     Noting noting;
     noting.reader.read(dir.path());
@@ -363,7 +368,7 @@ void TestFolderReader::readTwiceAtOnce()
 
 void TestFolderReader::readingsArePaced()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     Noting noting;
     noting.reader.read(dir.path());
     QTRY_COMPARE(noting.readings.size(), 1);
@@ -382,7 +387,7 @@ void TestFolderReader::readingsArePaced()
 
 void TestFolderReader::severalFolders()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     Noting noting;
     for (int i = 0; i < 40; ++i) {
         dir.files(QString::number(i), i);
@@ -396,7 +401,7 @@ void TestFolderReader::severalFolders()
 
 void TestFolderReader::factsAreLookedUp()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.file(QStringLiteral("it"), "12345", 0640);
     dir.setTimes(QStringLiteral("it"), 86400);
     Noting noting;
@@ -414,7 +419,7 @@ void TestFolderReader::factsAreLookedUp()
 
 void TestFolderReader::awkwardNames()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     const QStringList names{
         "%1 %2", "<b>x<", "a\nb", QString(255, QLatin1Char('y')), " ", "\\", "\"", "*", "?"};
     for (const QString& name : names) {
@@ -430,7 +435,7 @@ void TestFolderReader::awkwardNames()
 
 void TestFolderReader::destroyedWhileReading()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.files(QStringLiteral("."), 3000);
     QElapsedTimer clock;
     clock.start();
@@ -447,7 +452,7 @@ void TestFolderReader::destroyedWhileReading()
 
 void TestFolderReader::nothingIsLeftOver()
 {
-    const TestDir dir;
+    const TestDir dir(m_above.path());
     dir.files(QStringLiteral("."), 10);
     const auto once = [&dir] {
         Noting noting;
