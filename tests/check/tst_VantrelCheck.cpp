@@ -309,6 +309,11 @@ void TestVantrelCheck::writesNothing()
     QCOMPARE(dir->read(QStringLiteral("home/.Vantrel")), content);
     // What is made and removed again changes the time of its folder.
     for (const char* path : {"home/.Vantrel", "home", "tmp", ""}) {
+#ifdef __SANITIZE_THREAD__
+        if (qstrcmp(path, "tmp") == 0) {
+            continue; // ThreadSanitizer itself keeps a file there for a moment
+        }
+#endif
         QCOMPARE(QFileInfo(dir->path(QLatin1String(path))).lastModified().toSecsSinceEpoch(), 1000000000);
     }
 }
