@@ -1,6 +1,5 @@
 #include "panel/AccessibleList.h"
 
-#include "panel/AccessibleListPart.h"
 #include "panel/AccessibleParts.h"
 #include "panel/MList.h"
 #include "panel/SelectedRows.h"
@@ -32,7 +31,7 @@ AccessibleList::~AccessibleList() = default;
 
 MList* AccessibleList::list() const
 {
-    return m_parts->list();
+    return static_cast<MList*>(m_parts->view());
 }
 
 int AccessibleList::keptParts() const
@@ -76,8 +75,7 @@ QAccessibleInterface* AccessibleList::child(int index) const
 
 int AccessibleList::indexOfChild(const QAccessibleInterface* part) const
 {
-    const auto* ours = dynamic_cast<const AccessibleListPart*>(part);
-    return ours != nullptr && ours->isValid() && ours->parent() == this ? ours->place() : -1;
+    return AccessibleParts::indexOf(part, this);
 }
 
 QAccessibleInterface* AccessibleList::childAt(int x, int y) const
@@ -91,14 +89,12 @@ QAccessibleInterface* AccessibleList::childAt(int x, int y) const
         const int section = header->logicalIndexAt(inHeader);
         return section < 0 ? nullptr : m_parts->header(Qt::Horizontal, section);
     }
-    const QPoint inViewport = list()->viewport()->mapFromGlobal(QPoint(x, y));
-    return list()->viewport()->rect().contains(inViewport) ? m_parts->cell(list()->indexAt(inViewport))
-                                                           : nullptr;
+    return m_parts->cellAt(QPoint(x, y));
 }
 
 QAccessibleInterface* AccessibleList::focusChild() const
 {
-    return list() != nullptr && list()->hasFocus() ? m_parts->cell(list()->currentIndex()) : nullptr;
+    return m_parts->focusedCell();
 }
 
 // --- The table.
@@ -126,7 +122,7 @@ QAccessibleInterface* AccessibleList::summary() const
 
 int AccessibleList::columnCount() const
 {
-    return list() != nullptr ? list()->model()->columnCount(list()->rootIndex()) : 0;
+    return m_parts->columns();
 }
 
 int AccessibleList::rowCount() const
@@ -243,9 +239,5 @@ bool AccessibleList::unselectColumn(int /*column*/)
 
 void AccessibleList::modelChange(QAccessibleTableModelChangeEvent* event)
 {
-    if (event->modelChangeType() == QAccessibleTableModelChangeEvent::ModelReset) {
-        m_parts->dropGone(); // sent for a new order, too, where all cells stay
-    } else if (event->modelChangeType() == QAccessibleTableModelChangeEvent::RowsRemoved) {
-        m_parts->rowsGone(event->lastRow() - event->firstRow() + 1);
-    }
+    m_parts->modelChanged(event);
 }

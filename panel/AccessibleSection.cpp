@@ -6,13 +6,13 @@
 #include <QHeaderView>
 
 AccessibleSection::AccessibleSection(AccessibleParts* siblings, Qt::Orientation orientation, int section)
-    : AccessibleListPart(siblings)
+    : AccessiblePart(siblings)
     , m_orientation(orientation)
     , m_section(section)
 {
 }
 
-bool AccessibleSection::exists(const MList* list, Qt::Orientation orientation, int section)
+bool AccessibleSection::exists(const QAbstractItemView* list, Qt::Orientation orientation, int section)
 {
     const QModelIndex root = list->rootIndex();
     const int count
@@ -22,7 +22,7 @@ bool AccessibleSection::exists(const MList* list, Qt::Orientation orientation, i
 
 bool AccessibleSection::isValid() const
 {
-    return AccessibleListPart::isValid() && exists(list(), m_orientation, m_section);
+    return AccessiblePart::isValid() && exists(view(), m_orientation, m_section);
 }
 
 int AccessibleSection::place() const
@@ -30,7 +30,7 @@ int AccessibleSection::place() const
     if (!isValid()) {
         return -1;
     }
-    return isColumn() ? placeOf(list(), -1, m_section) : placeOf(list(), m_section, -1);
+    return isColumn() ? parts()->placeInTable(-1, m_section) : parts()->placeInTable(m_section, -1);
 }
 
 void* AccessibleSection::interface_cast(QAccessible::InterfaceType type)
@@ -51,14 +51,14 @@ QAccessible::State AccessibleSection::state() const
 {
     QAccessible::State state;
     state.invalid = isValid() ? 0 : 1;
-    state.invisible = isValid() && isColumn() && list()->isVisible() ? 0 : 1;
+    state.invisible = isValid() && isColumn() && view()->isVisible() ? 0 : 1;
     return state;
 }
 
 QString AccessibleSection::text(QAccessible::Text kind) const
 {
     return kind == QAccessible::Name && isValid() && isColumn()
-        ? list()->model()->headerData(m_section, Qt::Horizontal, Qt::DisplayRole).toString()
+        ? view()->model()->headerData(m_section, Qt::Horizontal, Qt::DisplayRole).toString()
         : QString();
 }
 
@@ -67,7 +67,7 @@ QRect AccessibleSection::rect() const
     if (!isValid() || !isColumn()) {
         return QRect();
     }
-    const QHeaderView* header = list()->horizontalHeader();
+    const QHeaderView* header = static_cast<const MList*>(view())->horizontalHeader();
     const QRect section(
         header->sectionViewportPosition(m_section), 0, header->sectionSize(m_section), header->height());
     return onScreen(section.translated(header->pos()));
@@ -81,8 +81,8 @@ QStringList AccessibleSection::actionNames() const
 void AccessibleSection::doAction(const QString& actionName)
 {
     if (isValid() && isColumn() && actionName == pressAction()) {
-        QMetaObject::invokeMethod(
-            list()->horizontalHeader(), "sectionClicked", Qt::QueuedConnection, Q_ARG(int, m_section));
+        QMetaObject::invokeMethod(static_cast<const MList*>(view())->horizontalHeader(), "sectionClicked",
+            Qt::QueuedConnection, Q_ARG(int, m_section));
     }
 }
 

@@ -1,17 +1,17 @@
 #pragma once
 
-#include "panel/AccessibleListPart.h"
+#include "panel/AccessiblePart.h"
 
 /// A section of one of the listing's headers, or the corner between them, as assistive technology is told of
 /// it. "press" on the header of a column sorts, as a click there does. The header beside the rows is hidden,
 /// but counted among the parts of any table.
-class AccessibleSection final : public AccessibleListPart, public QAccessibleActionInterface
+class AccessibleSection final : public AccessiblePart, public QAccessibleActionInterface
 {
 public:
     AccessibleSection(AccessibleParts* siblings, Qt::Orientation orientation, int section);
 
     /// @return whether the listing has that section now
-    static bool exists(const MList* list, Qt::Orientation orientation, int section);
+    static bool exists(const QAbstractItemView* list, Qt::Orientation orientation, int section);
 
     int place() const override;
     bool isValid() const override;

@@ -2,6 +2,7 @@
 
 #include "app/TextHelpers.h"
 #include "app/aGlobal.h"
+#include "panel/AccessibleTree.h"
 #include "panel/MPanel.h"
 #include "panel/myDelegate.h"
 #include "panel/myFileSystemModel.h"
@@ -19,6 +20,7 @@ MTree::MTree(MPanel* owner)
     : QTreeView(owner)
     , ViewDrag(this, new myDelegate(this), owner)
 {
+    AccessibleTree::install(); // before anything is told to assistive technology
     setDragEnabled(true);
     setAcceptDrops(true);
     setDropIndicatorShown(true);

@@ -119,6 +119,33 @@ class Listening(BrowseTest):
                 panel.wait_folder(self.in_tree("d", "e") if name == "e" else self.in_tree("d"))
             wait_for(lambda: [branch for branch, item in panel.branches() if item.has("expanded")] == unfolded, step)
 
+    def test_tree_by_what_is_told(self):
+        panel = self.open(d={"e": {"x": "1"}}, f={})
+        for shown in (["tree", "d", "e", "f"], ["tree", "d", "f"], ["tree", "d", "e", "f"]):
+            panel.branch("d").do("Toggle")
+            wait_for(lambda: panel.branch_names == shown, lambda: f"{shown}; it is {panel.branch_names}")
+        self.assertEqual([item.description for _, item in panel.branches()], [f"Level {n}" for n in (1, 2, 3, 2)])
+        self.assertEqual([item.has("expanded") for _, item in panel.branches()], [True, True, False, False])
+        self.assertEqual(panel.tree.size, (4, 1))
+        panel.list.grab_focus()
+        panel.branch("e").do("Press")
+        panel.wait_folder(self.in_tree("d", "e"))
+        self.wait_rows(panel, "..", "x")
+        self.assertEqual(panel.tree.selected_rows, [2])
+        wait_for(lambda: a11y.focus_told(self.program.main()) == panel.branch("e"), "the folder is told")
+        panel.tree.select_row(3)
+        panel.wait_folder(self.in_tree("f"))
+
+    def test_menu_of_the_tree_by_what_is_told(self):
+        panel = self.open(settings="drive={tree}=Tree\nmenu=newdir=.=New folder=\n", d={})
+        panel.branch("d").do("ShowMenu")
+        self.program.popup().choose("New folder")
+        box = self.program.dialog("Create New Directory")
+        self.assertIn(self.in_tree("d"), box.texts)
+        box.fields[-1].set_text("n")
+        box.window.find("push button", "OK").do("Press")
+        wait_for(lambda: os.path.isdir(self.in_tree("d", "n")), "the folder is there")
+
     def test_works_by_what_is_told(self):
         panel = self.open(d={"x": "1"}, a="1", b="22")
         self.wait_rows(panel, "..", "d", "a", "b")

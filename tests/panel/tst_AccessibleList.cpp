@@ -1,10 +1,9 @@
 #include "panel/AccessibleList.h"
 
 #include "app/aGlobal.h"
-#include "panel/AccessibleListPart.h"
+#include "panel/AccessiblePart.h"
 #include "panel/MList.h"
 #include "panel/MPanel.h"
-#include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
 #include "tests/support/Listening.h"
 #include "tests/support/ModalAnswers.h"
@@ -140,9 +139,6 @@ void TestAccessibleList::isMadeForTheListing()
     QVERIFY(accessible()->actionInterface() != nullptr);
     QCOMPARE(table()->caption(), nullptr);
     QCOMPARE(table()->summary(), nullptr);
-    // The tree is Qt's own.
-    QVERIFY(QAccessible::queryAccessibleInterface(panel->tree) != nullptr);
-    QCOMPARE(QAccessible::queryAccessibleInterface(panel->tree)->role(), QAccessible::Tree);
 }
 
 void TestAccessibleList::rowsAndColumns()
