@@ -1,7 +1,9 @@
 """The main window for those who have it read to them: all by what assistive technology is told."""
 
+import json
 import os
 import pwd
+import subprocess
 
 import a11y
 from case import BrowseTest
@@ -46,6 +48,31 @@ class Listening(BrowseTest):
             self.assertEqual(rows[name][0], str(len(text)))
             self.assertIn(owner, rows[name][1])
         self.assertLess(len(panel.cells()), len(names), "most are not on the screen")
+
+    def test_read_by_a_screen_readers_library(self):
+        panel = self.open(d={"e": {}}, a="1", b="22", **{"ü ": "333"})
+        for name in os.listdir(self.tree):
+            os.utime(self.in_tree(name), (1700000000, 1700000000))
+        names = ["..", "d", "a", "b", "ü "]
+        self.wait_rows(panel, *names)
+        wait_for(lambda: self.row(panel, "d", 3).name == self.row(panel, "b", 3).name, "the times are shown")
+        reader = os.path.join(os.path.dirname(os.path.realpath(__file__)), "reader.py")
+        read = json.loads(subprocess.run(
+            ["/usr/bin/python3", reader, str(self.program.process.pid), "Panel 1", "b"],
+            check=True, stdout=subprocess.PIPE, timeout=60, text=True).stdout)
+        owner = pwd.getpwuid(os.getuid()).pw_name
+        self.assertEqual(read["columns"], COLUMNS)
+        self.assertEqual([row[0] for row in read["rows"]], names)
+        self.assertEqual([row[1] for row in read["rows"]][2:], ["1", "2", "3"])
+        self.assertEqual({row[3] for row in read["rows"][1:]}, {"2023-11-14 22:13"})
+        for row in read["rows"]:
+            self.assertIn(owner, row[2])
+        self.assertEqual(read["folders"], [["tree", "Level 1"], ["d", "Level 2"]])
+        self.assertRegex(read["status"][0], "% used$")
+        self.assertEqual(read["status"][1], panel.right_text)
+        self.assertTrue(read["selects"])
+        self.assertEqual(read["selected"], ["b"])
+        panel.wait_left("Selected 1 file(s), 2 Bytes")
 
     def test_headers(self):
         panel = self.open(f="1")
