@@ -275,6 +275,17 @@ class Popup:
         desktop.click(*self.window.find("menu item", text).middle)
         self.wait_gone()
 
+    def choose_by_keys(self, text):
+        """Chooses with the arrow keys; the keyboard is at the first entry."""
+        for _ in self.entries:
+            entry = a11y.focus_told(self.window)
+            if entry.name == text:
+                break
+            desktop.key("Down")
+            wait_for(lambda: a11y.focus_told(self.window) != entry, "the next entry has the keyboard")
+        desktop.key("Return")
+        self.wait_gone()
+
     def press(self, text):
         """Chooses as assistive technology does."""
         self.window.find("menu item", text).do("Press")

@@ -192,50 +192,56 @@ class KeyCommands(CommandTest):
         key("ctrl+o")
         panel.wait_folder(self.tree)
 
-    def offered(self, pressed):
+    def menu_by(self, pressed, item):
+        """Opens the context menu by a key, and checks that it is at an item."""
         key(pressed)
         popup = self.program.popup()
-        place = popup.window.extents[:2]
+        x, y, _, high = popup.window.extents
+        left, top, width, height = item.extents
+        # Close to the lower edge of the screen it is moved up.
+        self.assertTrue(left <= x <= left + width and y <= top + height and top <= y + high, pressed)
+        return popup
+
+    def offered(self, pressed, item):
+        popup = self.menu_by(pressed, item)
         entries = popup.entries
         popup.dismiss()
-        return entries, place
+        return entries
 
     def test_context_menu_of_a_row(self):
         panel = self.open(d={}, **{f"f{number:02}": "" for number in range(60)})
         self.down_to(panel, "d")
         for pressed in ("Menu", "shift+F10"):
-            entries, (x, y) = self.offered(pressed)
-            self.assertIn("New folder", entries)
-            left, top, width, height = panel.list.cell(1, 0).extents
-            self.assertTrue(left <= x <= left + width and top <= y <= top + height, pressed)
-        key("ctrl+End")  # a file, which is scrolled to
+            self.assertIn("New folder", self.offered(pressed, panel.list.cell(1, 0)))
+        key("ctrl+End")  # the last cell of a file, which is scrolled to
+        last = panel.list.cell(61, 3)
+        wait_for(lambda: last.has("focused"), "the last cell has the keyboard")
         for pressed in ("Menu", "shift+F10"):
-            entries, _ = self.offered(pressed)
-            self.assertIn("Sums", entries)
+            self.assertIn("Sums", self.offered(pressed, last))
         # Scrolled away, the row is still what the menu is for.
         desktop.xdo("mousemove", *panel.list.middle, "click", "--repeat", 40, 4)
         wait_for(lambda: panel.list.cell(0, 0).extents[1] > panel.list.extents[1], "the first rows are seen again")
-        entries, _ = self.offered("shift+F10")
-        self.assertIn("Sums", entries)
+        key("Menu")
+        self.program.popup().choose_by_keys("New name")
+        box = self.program.dialog("Rename").wait_active()
+        desktop.type_text("last")
+        box.keys("Return")
+        wait_for(lambda: os.path.exists(self.in_tree("last")), "it is renamed")
+        self.assertFalse(os.path.exists(self.in_tree("f59")))
 
     def test_context_menu_of_the_tree(self):
         panel = self.open(d={"e": {}})
         panel.tree.grab_focus()
         key("Right", "Down")
         panel.wait_folder(self.in_tree("d"))
-        key("shift+F10")
-        popup = self.program.popup()
-        for _ in popup.entries:
-            if a11y.focus_told(self.program.main()).name == "New folder":
-                break
-            key("Down")
-        key("Return")
-        box = self.program.dialog("Create New Directory")
-        self.assertIn(self.in_tree("d"), box.texts)
-        box.wait_active()
-        desktop.type_text("new")
-        box.keys("Return")
-        wait_for(lambda: os.path.isdir(self.in_tree("d", "new")), "the folder is there")
+        for pressed, name in (("Menu", "new"), ("shift+F10", "more")):
+            self.menu_by(pressed, panel.branch("d")).choose_by_keys("New folder")
+            box = self.program.dialog("Create New Directory")
+            self.assertIn(self.in_tree("d"), box.texts)
+            box.wait_active()
+            desktop.type_text(name)
+            box.keys("Return")
+            wait_for(lambda: os.path.isdir(self.in_tree("d", name)), "the folder is there")
 
     def test_dialogs(self):
         panel = self.open(a="1")

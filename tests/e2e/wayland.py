@@ -118,11 +118,4 @@ class WaylandPopup(Popup):
     """An open menu, used by keys."""
 
     def choose(self, text):
-        for _ in self.entries:
-            entry = a11y.focus_told(self.window)
-            if entry.name == text:
-                break
-            desktop.key("Down")
-            wait_for(lambda: a11y.focus_told(self.window) != entry, "the next entry has the keyboard")
-        desktop.key("Return")
-        self.wait_gone()
+        self.choose_by_keys(text)
