@@ -1,12 +1,15 @@
 #include "tests/support/PanelWindow.h"
 
 #include "app/aGlobal.h"
+#include "panel/FolderReader.h"
 #include "panel/MList.h"
 #include "panel/MPanel.h"
 #include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
+#include "tests/support/TestDir.h"
 
 #include <QLabel>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
@@ -78,6 +81,15 @@ bool waitForTreeRow(const MPanel* panel, const QString& path)
         }
         return false;
     });
+}
+
+bool readAnotherFolder()
+{
+    const TestDir dir;
+    FolderReader reader(nullptr);
+    QSignalSpy done(&reader, SIGNAL(readingDone(FolderReading)));
+    reader.read(dir.folder(QStringLiteral("another")));
+    return done.wait();
 }
 
 QStringList listNames(const MPanel* panel)

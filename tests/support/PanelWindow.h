@@ -32,6 +32,10 @@ bool openFolder(MPanel* panel, const QString& path);
 /// Waits until the tree shows a row for a folder.
 bool waitForTreeRow(const MPanel* panel, const QString& path);
 
+/// Reads a folder that no panel shows, and waits for that: what was asked of the threads that read, and what
+/// was posted, before has come by then.
+bool readAnotherFolder();
+
 /// @return texts of column 0 of the listing, from top to bottom, ".." included
 QStringList listNames(const MPanel* panel);
 /// @return index of the listing's row with that name; invalid where there is none
