@@ -95,7 +95,7 @@ void TestDialogRoom::room_data()
     QTest::addColumn<int>("pixels");
     QTest::addColumn<QString>("name");
     for (const char* example : {"", "Vantrel.starter", "Vantrel.dark"}) {
-        for (const int pixels : {12, 13, 15}) { // of 9, 10 and 11 points
+        for (const int pixels : {12, 13, 15, 18}) { // of 9, 10 and 11 points; of 11 on a screen of 120 dots
             for (const QString& name : roomyDialogs) {
                 QTest::addRow("%s, %s, %d pixels", qPrintable(name), example, pixels)
                     << QString::fromLatin1(example) << pixels << name;
@@ -127,6 +127,13 @@ void TestDialogRoom::room()
     QStringList found = tight<QLabel>(dialog.get(), needed);
     const auto hint = [](const QWidget* widget) { return widget->sizeHint(); };
     const auto height = [](const QWidget* widget) { return QSize(0, widget->sizeHint().height()); };
+    const auto checksum = [](const QWidget* field) {
+        constexpr int frames = 12;
+        return QSize(field->fontMetrics().horizontalAdvance(QString(40, QLatin1Char('0'))) + frames, 0);
+    };
+    if (name == QLatin1String("checksums")) {
+        found += tight<QLineEdit>(dialog.get(), checksum);
+    }
     found += tight<QPushButton>(dialog.get(), hint);
     found += tight<QLineEdit>(dialog.get(), height);
     found += tight<QProgressBar>(
