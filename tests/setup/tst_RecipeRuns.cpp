@@ -59,6 +59,8 @@ private slots:
     void trashAndRestore();
     void trashOfTheDesktop_data() { hardNames(); }
     void trashOfTheDesktop();
+    void restoreByTheDesktop_data();
+    void restoreByTheDesktop();
     void restoreKeepsWhatIsThere();
     void trashEmptyAsks();
     void renameMany();
@@ -613,6 +615,30 @@ void TestRecipeRuns::trashOfTheDesktop()
         found = found || (content.open(QIODevice::ReadOnly) && content.readAll() == "kept\n");
     }
     QVERIFY(found);
+}
+
+void TestRecipeRuns::restoreByTheDesktop_data()
+{
+    QTest::addColumn<bool>("works");
+    QTest::newRow("the desktop shows its trash") << true;
+    QTest::newRow("no desktop that has one") << false;
+}
+
+// Where nothing can show the trash, that is said, and what else restores.
+void TestRecipeRuns::restoreByTheDesktop()
+{
+    QFETCH(bool, works);
+    const QByteArray gio = "#!/bin/sh\n[ \"$1 $2\" = 'open trash:///' ] && echo >>\"${0%/*}/asked\"\n";
+    const QByteArray result = works ? "exit 0\n" : "echo 'not supported' >&2\nexit 2\n";
+    dir->file(QStringLiteral("tools/gio"), gio + result, 0755);
+    run(recipeNamed(QStringLiteral("trash-restore"), QStringLiteral("gio")), path());
+    if (works) {
+        QTRY_COMPARE(dir->read(QStringLiteral("tools/asked")), QByteArray("\n"));
+        return;
+    }
+    QTRY_VERIFY(dir->exists(QStringLiteral("tools/shown")));
+    const QByteArray shown = dir->read(QStringLiteral("tools/shown"));
+    QVERIFY2(shown.contains("not supported\n") && shown.contains("The package trash-cli"), shown.constData());
 }
 
 void TestRecipeRuns::restoreKeepsWhatIsThere()
