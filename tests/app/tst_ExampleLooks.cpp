@@ -41,6 +41,8 @@ private slots:
     void menus();
     void contextMenu_data() { looks(); }
     void contextMenu();
+    void contextMenuFitsTheScreen_data() { looks(); }
+    void contextMenuFitsTheScreen();
     void toolTip_data() { looks(); }
     void toolTip();
     void dialogs_data() { dialogsAndLooks(); }
@@ -203,6 +205,23 @@ void TestExampleLooks::contextMenu()
     menu.setActiveAction(menu.actions().at(0));
     QCOMPARE(faults(&menu, 2), QStringList());
     QVERIFY(Difference(before, menu.grab().toImage()).greatest >= leastForMark);
+}
+
+/// The context menu of an archive, as vantrel-setup makes it where few programs are, on a small screen.
+void TestExampleLooks::contextMenuFitsTheScreen()
+{
+    QMenu menu;
+    menu.setObjectName(QStringLiteral("Popup"));
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(12);
+    menu.setFont(font);
+    for (int i = 0; i < 31; ++i) {
+        if (i % 4 == 3) {
+            menu.addSeparator();
+        }
+        menu.addAction(QStringLiteral("Entry"));
+    }
+    QVERIFY2(menu.sizeHint().height() <= 768, qPrintable(QString::number(menu.sizeHint().height())));
 }
 
 void TestExampleLooks::toolTip()
