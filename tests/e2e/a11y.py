@@ -20,6 +20,10 @@ _STATES = {"active": 1, "checked": 4, "enabled": 8, "expanded": 10, "focused": 1
 _bus = None
 _focus = {}
 
+#: What one of the program's own pixels measures on the screen, where that has many to the inch. The program tells
+#: places in its own.
+scale = 1
+
 
 class Gone(Exception):
     """What was asked about is not there any more."""
@@ -130,7 +134,7 @@ class Accessible:
     @property
     def extents(self):
         """x, y, width and height on the screen."""
-        return self._ask("Component", "GetExtents", "(u)", (0,))[0]
+        return tuple(round(place * scale) for place in self._ask("Component", "GetExtents", "(u)", (0,))[0])
 
     @property
     def middle(self):
@@ -139,7 +143,7 @@ class Accessible:
 
     def at(self, x, y):
         """What is at that place of the screen inside of this, or None."""
-        child = Accessible(*self._ask("Component", "GetAccessibleAtPoint", "(iiu)", (x, y, 0))[0])
+        child = Accessible(*self._ask("Component", "GetAccessibleAtPoint", "(iiu)", (int(x / scale), int(y / scale), 0))[0])
         return None if child.path == _NULL else child
 
     @property

@@ -6,7 +6,7 @@ import time
 
 WORK = os.environ["VANTREL_E2E_WORK"]
 SESSION = os.path.join(WORK, os.environ["VANTREL_E2E_SESSION"])
-SCREEN = (1400, 900)
+SCREEN = tuple(map(int, os.environ.get("VANTREL_E2E_SCREEN", "1400x900").split("x")))
 
 #: How long a condition may take to come true. Only a failing test ever waits that long.
 PATIENCE = 15.0

@@ -3,6 +3,7 @@
 import os
 import subprocess
 
+import a11y
 import desktop
 from case import EXAMPLES, VantrelTest
 from desktop import holds, wait_for
@@ -109,6 +110,22 @@ class Start(VantrelTest):
         program.menu("Window", "Single Panel")
         self.assertEqual(program.quit(), 0)
         self.assertEqual(os.listdir(self.home), [".Vantrel"])
+
+    def test_screens_with_more_dots_to_the_inch(self):
+        self.addCleanup(subprocess.run, ["xprop", "-root", "-remove", "RESOURCE_MANAGER"], check=True)
+        self.addCleanup(setattr, a11y, "scale", 1)
+        # Only by whole numbers: what is scaled by a little more than one is blurred.
+        for dpi, scale in ((100, 1), (144, 2), (192, 2)):
+            with self.subTest(dpi=dpi):
+                subprocess.run(["xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER",
+                                f"Xft.dpi:\t{dpi}\n"], check=True)
+                program = self.start()
+                # It tells places in pixels of its own.
+                width = desktop.SCREEN[0] // scale
+                wait_for(lambda: program.main().extents[2] == width, lambda: program.main().extents)
+                a11y.scale = scale
+                self.assertEqual(program.quit(), 0)
+                a11y.scale = 1
 
     # --- Arrangements.
 
