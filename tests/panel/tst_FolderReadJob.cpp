@@ -1,0 +1,132 @@
+#include "panel/FolderReadJob.h"
+
+#include "tests/support/FaultShim.h"
+#include "tests/support/TestDir.h"
+#include "tests/support/TestMain.h"
+
+namespace {
+
+struct Told
+{
+    FolderReading reading;
+    qint64 tookMs = 0;
+};
+
+QStringList namesIn(const FolderEntries& entries)
+{
+    QStringList names;
+    for (const auto& entry : entries) {
+        names.append(entry.first);
+    }
+    return names;
+}
+
+} // namespace
+
+/// Readings of folders that are slow, gone, or not wanted any more.
+class TestFolderReadJob : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void slowFolderComesInTwoParts();
+    void slowFolderThatIsKnownComesAtOnce();
+    void notWantedAnyMore_data();
+    void notWantedAnyMore();
+    void isNoFolder();
+
+private:
+    QVector<Told> read(const QString& folder, const FolderEntries* before = nullptr) const;
+
+    TestDir m_dir;
+    QString m_folder;
+    std::shared_ptr<std::atomic<bool>> m_abandoned;
+};
+
+void TestFolderReadJob::init()
+{
+    m_folder = m_dir.folder(QStringLiteral("folder"));
+    m_dir.files(QStringLiteral("folder"), 5);
+    m_abandoned = std::make_shared<std::atomic<bool>>(false);
+}
+
+QVector<Told> TestFolderReadJob::read(const QString& folder, const FolderEntries* before) const
+{
+    QVector<Told> all;
+    FolderReadJob job(folder, false,
+        before == nullptr ? nullptr : std::make_unique<const FolderEntries>(*before), m_abandoned);
+    connect(&job, &FolderReadJob::done, this, [&all](const FolderReading& reading, qint64 tookMs) {
+        all.append({reading, tookMs});
+    });
+    job.run();
+    return all;
+}
+
+void TestFolderReadJob::slowFolderComesInTwoParts()
+{
+    FaultShim shim(m_dir.path(), true);
+    shim.delay("readdir", QStringLiteral("folder"), 1050, 5, 1);
+    const QVector<Told> all = read(m_folder);
+    QCOMPARE(all.size(), 2);
+    const FolderReading part = all.at(0).reading;
+    QCOMPARE(part.folder, m_folder);
+    QVERIFY(part.exists && part.first && !part.complete);
+    QVERIFY(!part.entries.isEmpty() && part.entries.size() < 6);
+    QCOMPARE(part.changed, part.entries);
+    QCOMPARE(part.files + part.dirs + (namesIn(part.entries).contains(QStringLiteral("..")) ? 1 : 0),
+        static_cast<qint64>(part.entries.size()));
+    const FolderReading rest = all.at(1).reading;
+    QVERIFY(rest.exists && !rest.first && rest.complete);
+    QCOMPARE(namesIn(rest.entries),
+        (QStringList{"..", "file0.txt", "file1.txt", "file2.txt", "file3.txt", "file4.txt"}));
+    QCOMPARE(rest.changed.size(), rest.entries.size() - part.entries.size());
+    QCOMPARE(rest.removed, QStringList());
+    QCOMPARE(rest.files, 5);
+    QVERIFY(all.at(0).tookMs >= 1000 && all.at(1).tookMs >= all.at(0).tookMs);
+}
+
+void TestFolderReadJob::slowFolderThatIsKnownComesAtOnce()
+{
+    const FolderEntries before = read(m_folder).constFirst().reading.entries;
+    FaultShim shim(m_dir.path(), true);
+    shim.delay("readdir", QStringLiteral("folder"), 1050, 5, 1);
+    const QVector<Told> all = read(m_folder, &before);
+    QCOMPARE(all.size(), 1);
+    QVERIFY(all.at(0).reading.complete && !all.at(0).reading.first);
+    QCOMPARE(all.at(0).reading.entries.size(), 6);
+    QCOMPARE(namesIn(all.at(0).reading.changed), QStringList());
+}
+
+void TestFolderReadJob::notWantedAnyMore_data()
+{
+    QTest::addColumn<int>("call");
+    QTest::newRow("before it starts") << 0;
+    QTest::newRow("at the first entry") << 1;
+    QTest::newRow("at a later entry") << 4;
+}
+
+void TestFolderReadJob::notWantedAnyMore()
+{
+    QFETCH(int, call);
+    FaultShim shim(m_dir.path(), true);
+    if (call == 0) {
+        m_abandoned->store(true);
+    } else {
+        shim.before("readdir", QStringLiteral("folder"), call, [this] { m_abandoned->store(true); });
+    }
+    QCOMPARE(read(m_folder).size(), 0);
+    QCOMPARE(shim.count("readdir", QStringLiteral("folder")) > 0, call > 0);
+}
+
+void TestFolderReadJob::isNoFolder()
+{
+    for (const QString& path : {m_dir.file(QStringLiteral("file")), m_dir.path(QStringLiteral("gone"))}) {
+        const QVector<Told> all = read(path);
+        QCOMPARE(all.size(), 1);
+        QVERIFY(!all.at(0).reading.exists && all.at(0).reading.entries.isEmpty());
+    }
+}
+
+VANTREL_TEST_MAIN(TestFolderReadJob)
+#include "tst_FolderReadJob.moc"
