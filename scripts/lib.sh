@@ -21,6 +21,7 @@ PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
 PACKAGES_FORMAT="clang-format"
 PACKAGES_LINT="clang-tidy clazy mandoc shellcheck python3 python3-pyflakes"
 PACKAGES_COVERAGE="lcov"
+PACKAGES_VALGRIND="valgrind libc6-dbg"
 PACKAGES_FUZZ="clang libclang-rt-14-dev"
 PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth
  btrfs-progs fuse3 libfuse3-dev mount pkg-config weston qtwayland5"
