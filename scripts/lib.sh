@@ -28,6 +28,7 @@ PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-c
 # What the recipes of examples/recipes run that are tested by running them.
 PACKAGES_RECIPES="bzip2 fdupes file git gpg gpg-agent less libarchive-tools libglib2.0-bin p7zip-full
  pinentry-curses rename renameutils rsync sensible-utils trash-cli unzip xxd xz-utils zip zstd"
+PACKAGES_PICTURES="optipng pngquant"
 PACKAGES_PACKAGE="$PACKAGES_BUILD debhelper dpkg-dev"
 PACKAGES_PACKAGE_TEST="appstream blhc desktop-file-utils devscripts librsvg2-bin lintian man-db mandoc"
 
