@@ -22,29 +22,28 @@ void nameTimeZone()
     }
 }
 
-/// Keeps the platform plugin from loading OpenGL, which no widget here uses. The plugin looks when the first
-/// window is made, so this must live until then; the programs that the user starts must not inherit it.
-class WithoutGl
+/// A variable of the environment that Qt reads while the program starts, where the user has not set it. It
+/// goes with this: the programs that the user starts must not inherit it.
+class StartVariable
 {
 public:
-    WithoutGl()
-        : m_set(!qEnvironmentVariableIsSet(name))
+    StartVariable(const char* name, const char* value)
+        : m_name(qEnvironmentVariableIsSet(name) ? nullptr : name)
     {
-        if (m_set) {
-            qputenv(name, "none");
+        if (m_name != nullptr) {
+            qputenv(m_name, value);
         }
     }
-    ~WithoutGl()
+    ~StartVariable()
     {
-        if (m_set) {
-            qunsetenv(name);
+        if (m_name != nullptr) {
+            qunsetenv(m_name);
         }
     }
-    Q_DISABLE_COPY_MOVE(WithoutGl)
+    Q_DISABLE_COPY_MOVE(StartVariable)
 
 private:
-    static constexpr const char* name = "QT_XCB_GL_INTEGRATION";
-    bool m_set;
+    const char* m_name;
 };
 
 /// Outside the large desktops nobody names an icon theme, and the open folder of the tree would have no icon.
@@ -78,7 +77,12 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     nameTimeZone();
-    std::optional<WithoutGl> withoutGl(std::in_place);
+    // Keeps the platform plugin from loading OpenGL, which no widget here uses. It looks when the first
+    // window is made.
+    std::optional<StartVariable> withoutGl(std::in_place, "QT_XCB_GL_INTEGRATION", "none");
+    // On a screen of 144 dots to the inch everything is scaled by two. Without this its letters would be,
+    // too, and those of two panels have no room then.
+    std::optional<StartVariable> letters(std::in_place, "QT_DPI_ADJUSTMENT_POLICY", "AdjustDpi");
     // The end of a session ends the program as a signal does. Otherwise each window would be asked to close
     // first, and a running operation, or its open question, would put off the end and be aborted as well.
     QGuiApplication::setFallbackSessionManagementEnabled(false);
@@ -94,5 +98,6 @@ int main(int argc, char** argv)
     aVantrel window;
     window.show();
     withoutGl.reset();
+    letters.reset();
     return QApplication::exec();
 }

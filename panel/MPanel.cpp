@@ -98,6 +98,7 @@ void MPanel::makeList()
     list->horizontalHeader()->setHighlightSections(false);
     list->horizontalHeader()->setSortIndicatorShown(true);
     list->verticalHeader()->hide();
+    list->setWordWrap(false); // of a second line not half could be seen
     list->verticalHeader()->setMinimumSectionSize(rowHeight); // the style would have more
     list->verticalHeader()->setDefaultSectionSize(rowHeight);
     list->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);

@@ -133,8 +133,8 @@ private slots:
     void sharpScreens();
     void timeZone_data();
     void timeZone();
-    void openGl_data();
-    void openGl();
+    void startVariables_data();
+    void startVariables();
     void styleSheet();
     void brokenStyleSheet();
     void icon_data();
@@ -305,20 +305,27 @@ void TestMainFunction::timeZone()
     QTEST(inside, "used");
 }
 
-void TestMainFunction::openGl_data()
+void TestMainFunction::startVariables_data()
 {
+    QTest::addColumn<QByteArray>("name");
     QTest::addColumn<QByteArray>("given"); // null: not set
     QTest::addColumn<QByteArray>("used");
-    QTest::newRow("not set") << QByteArray() << QByteArray("none");
-    QTest::newRow("the user's") << QByteArray("xcb_egl") << QByteArray("xcb_egl");
+    const QByteArray gl = "QT_XCB_GL_INTEGRATION";
+    QTest::newRow("OpenGL, not set") << gl << QByteArray() << QByteArray("none");
+    QTest::newRow("OpenGL, the user's") << gl << QByteArray("xcb_egl") << QByteArray("xcb_egl");
+    const QByteArray letters = "QT_DPI_ADJUSTMENT_POLICY";
+    QTest::newRow("letters, not set") << letters << QByteArray() << QByteArray("AdjustDpi");
+    QTest::newRow("letters, the user's")
+        << letters << QByteArray("AdjustUpOnly") << QByteArray("AdjustUpOnly");
 }
 
-void TestMainFunction::openGl()
+void TestMainFunction::startVariables()
 {
+    QFETCH(QByteArray, name);
     QFETCH(QByteArray, given);
     const TestDir home;
     home.file(settings);
-    const char* const variable = "QT_XCB_GL_INTEGRATION";
+    const char* const variable = name.constData();
     qunsetenv(variable);
     if (!given.isNull()) {
         qputenv(variable, given);

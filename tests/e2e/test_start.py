@@ -114,6 +114,7 @@ class Start(VantrelTest):
     def test_screens_with_more_dots_to_the_inch(self):
         self.addCleanup(subprocess.run, ["xprop", "-root", "-remove", "RESOURCE_MANAGER"], check=True)
         self.addCleanup(setattr, a11y, "scale", 1)
+        heights = {}
         # Only by whole numbers: what is scaled by a little more than one is blurred.
         for dpi, scale in ((100, 1), (144, 2), (192, 2)):
             with self.subTest(dpi=dpi):
@@ -124,8 +125,11 @@ class Start(VantrelTest):
                 width = desktop.SCREEN[0] // scale
                 wait_for(lambda: program.main().extents[2] == width, lambda: program.main().extents)
                 a11y.scale = scale
+                heights[dpi] = program.main().find("menu bar").extents[3]
                 self.assertEqual(program.quit(), 0)
                 a11y.scale = 1
+        # The letters have the size that the screen asks for.
+        self.assertLess(heights[144], heights[192])
 
     # --- Arrangements.
 

@@ -240,6 +240,7 @@ void TestMPanel::listSettings()
     QVERIFY(!list->horizontalHeader()->highlightSections());
     QVERIFY(list->horizontalHeader()->isSortIndicatorShown());
     QVERIFY(!list->verticalHeader()->isVisible());
+    QVERIFY(!list->wordWrap());
     QCOMPARE(list->verticalHeader()->defaultSectionSize(), 18);
     QCOMPARE(list->rowHeight(0), 18);
     QCOMPARE(list->rowHeight(3), 18);
