@@ -14,7 +14,9 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 #include <QSignalSpy>
+#include <QThreadPool>
 
 #include <memory>
 #include <unistd.h>
@@ -112,6 +114,8 @@ private slots:
     void sortsLikeTheStockModel();
     void rowsThatComeLaterAreSorted();
     void bigFolderComesWhole();
+    void retired_data();
+    void retired();
 
     void changesShow_data();
     void changesShow();
@@ -735,6 +739,33 @@ void TestmyFileSystemModel::bigFolderComesWhole()
     load(dir->path());
     QCOMPARE(model->rowCount(root), 3002);
     QCOMPARE(rowNames(*model, root), stockOrder(dir->path(), 0, Qt::AscendingOrder));
+}
+
+void TestmyFileSystemModel::retired_data()
+{
+    QTest::addColumn<int>("files");
+    QTest::addColumn<bool>("atOnce");
+    QTest::newRow("few rows") << 10 << true;
+    QTest::newRow("as many as are freed at once") << 4999 << true; // and ".."
+    QTest::newRow("one more") << 5000 << false;
+}
+
+void TestmyFileSystemModel::retired()
+{
+    QFETCH(int, files);
+    QFETCH(bool, atOnce);
+    dir->files(QStringLiteral("big"), files);
+    load(dir->path(QStringLiteral("big")));
+    QCOMPARE(model->rowCount(root), files + 1);
+    root = QPersistentModelIndex();
+    const QPointer<myFileSystemModel> retired = model;
+    model->retire();
+    QCOMPARE(retired.isNull(), atOnce);
+    if (!atOnce) {
+        QCOMPARE(retired->parent(), nullptr);
+    }
+    QTRY_VERIFY(retired.isNull());
+    QThreadPool::globalInstance()->waitForDone();
 }
 
 void TestmyFileSystemModel::changesShow_data()
