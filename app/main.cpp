@@ -46,6 +46,13 @@ private:
     const char* m_name;
 };
 
+/// Qt looks for Wayland only in a session that calls itself so, which one that was started from a console
+/// does not.
+bool isOnlyWayland()
+{
+    return qEnvironmentVariableIsEmpty("DISPLAY") && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
 /// Outside the large desktops nobody names an icon theme, and the open folder of the tree would have no icon.
 /// The first theme that is installed and has one is taken then.
 void chooseIconTheme()
@@ -86,7 +93,12 @@ int main(int argc, char** argv)
     // The end of a session ends the program as a signal does. Otherwise each window would be asked to close
     // first, and a running operation, or its open question, would put off the end and be aborted as well.
     QGuiApplication::setFallbackSessionManagementEnabled(false);
+    std::optional<StartVariable> platform;
+    if (isOnlyWayland()) {
+        platform.emplace("QT_QPA_PLATFORM", "wayland;xcb");
+    }
     const QApplication application(argc, argv);
+    platform.reset();
     const EndSignals endSignals;
     chooseIconTheme();
     ReadConfig(QDir::homePath() + QStringLiteral("/.Vantrel"));

@@ -82,8 +82,9 @@ class WaylandVantrel(Vantrel):
 
     def __init__(self, home, stand_ins, settings=None, prefix=()):
         # Without the frame that Qt would draw, the main window fills the screen to its edges.
-        environment = ["/usr/bin/env", "-u", "DISPLAY", "WAYLAND_DISPLAY=" + _SOCKET, "QT_QPA_PLATFORM=wayland",
-                       "QT_WAYLAND_DISABLE_WINDOWDECORATION=1"]
+        # A compositor that is started from a console does not say what kind of session it is.
+        environment = ["/usr/bin/env", "-u", "DISPLAY", "-u", "QT_QPA_PLATFORM", "-u", "XDG_SESSION_TYPE",
+                       "WAYLAND_DISPLAY=" + _SOCKET, "QT_WAYLAND_DISABLE_WINDOWDECORATION=1"]
         super().__init__(home, stand_ins, settings, [*environment, *prefix])
 
     def wait_keyboard(self):
