@@ -1,5 +1,6 @@
 #include "fileops/MProgress.h"
 
+#include "app/MessageBoxes.h"
 #include "app/Truncated.h"
 #include "app/WorkerThread.h"
 #include "app/aGlobal.h"
@@ -149,7 +150,7 @@ void MProgress::ask(const QString& text, const Choices& choices)
     elapsed->invalidate();
 
     // These four, for the places that their roles have in the row.
-    QMessageBox box(QMessageBox::Warning, gsProduct, text,
+    QMessageBox box(QMessageBox::Warning, gsProduct, boxText(text),
         QMessageBox::Help | QMessageBox::Reset | QMessageBox::Apply | QMessageBox::Discard);
     box.setTextFormat(Qt::PlainText);
     box.button(QMessageBox::Help)->setText(choices.firstText);

@@ -75,6 +75,35 @@ private slots:
         questionBox(nullptr, QStringLiteral("Vantrel"), QStringLiteral("<b>x</b>"));
         QCOMPARE(plain, 2);
     }
+
+    void textOfManyLines()
+    {
+        QStringList lines;
+        for (int i = 0; i < 25; ++i) {
+            lines.append(QString::number(i));
+        }
+        QCOMPARE(boxText(lines.join(QLatin1Char('\n'))), lines.join(QLatin1Char('\n')));
+        lines.append(QStringLiteral("25"));
+        QCOMPARE(boxText(lines.join(QLatin1Char('\n'))),
+            (lines.mid(0, 12) << QStringLiteral("...") << lines.mid(14)).join(QLatin1Char('\n')));
+        QCOMPARE(boxText(QString()), QString());
+    }
+
+    void buttonsStayOnTheScreen()
+    {
+        const QString text
+            = QStringLiteral("Delete file:\n/a/") + QString(250, QLatin1Char('\n')) + QStringLiteral("end");
+        BoxAnswers answers;
+        int height = 0;
+        const auto look = [&height] { height = qMax(height, QApplication::activeModalWidget()->height()); };
+        answers.meanwhile(look).click(QStringLiteral("OK"));
+        criticalBox(nullptr, QStringLiteral("Error"), text);
+        answers.meanwhile(look).click(QStringLiteral("No"));
+        questionBox(nullptr, QStringLiteral("Vantrel"), text);
+        QVERIFY(height > 100);
+        QVERIFY2(height <= 600, QByteArray::number(height).constData());
+        QVERIFY(answers.texts().constLast().endsWith(QStringLiteral("\nend")));
+    }
 };
 
 VANTREL_TEST_MAIN(TestMessageBoxes)

@@ -123,6 +123,7 @@ private slots:
     // Questions.
     void question();
     void warning();
+    void buttonsStayOnTheScreen();
     void buttonsHaveNoIcons();
     void questionAnswers_data();
     void questionAnswers();
@@ -462,6 +463,16 @@ void TestMProgress::warning()
     QStringList buttons = box.buttons;
     buttons.sort();
     QCOMPARE(buttons, (QStringList{"Abort", "Ignore", "IgnoreAll", "Retry"}));
+}
+
+void TestMProgress::buttonsStayOnTheScreen()
+{
+    HeldDialog held(OpDelete);
+    BoxAnswers answers;
+    int height = 0;
+    answers.meanwhile([&height] { height = QApplication::activeModalWidget()->height(); }).click("Ignore");
+    held.dialog->myWarning("Error deleting file:\n/a/" + QString(250, QLatin1Char('\n')));
+    QVERIFY2(height > 100 && height <= 600, QByteArray::number(height).constData());
 }
 
 /// As where the desktop wants icons on the buttons of dialogs.
