@@ -223,6 +223,7 @@ private:
     int m_threads = 0;
     int m_descriptors = 0;
     int m_runs = 0;
+    int m_endedAtQuestions = 0; ///< of the work at hand
 };
 
 void TestEveryMoment::initTestCase()
@@ -299,6 +300,7 @@ void TestEveryMoment::endedAtACall()
 void TestEveryMoment::endedAtAQuestion()
 {
     QFETCH(int, which);
+    m_endedAtQuestions = 0;
     for (const bool fails : {false, true}) {
         for (int question = 0; question < 4; ++question) {
             for (const Way way : {Way::Escape, Way::TitleBar, Way::Signal, Way::EndOfSession}) {
@@ -309,6 +311,9 @@ void TestEveryMoment::endedAtAQuestion()
             }
         }
     }
+    // Counting, disk usage and checksums ask nothing; all others ask at least once, however they are ended.
+    QVERIFY2(works.at(which).kind > 0 ? m_endedAtQuestions >= 4 : m_endedAtQuestions == 0,
+        QByteArray::number(m_endedAtQuestions).constData());
 }
 
 /// Escape and the title bar leave a question as it is, and it is aborted then. An end of the application
@@ -355,6 +360,7 @@ void TestEveryMoment::endAtQuestion(const Work& work, bool fails, int question, 
     }
     compareFigures();
     ++m_runs;
+    m_endedAtQuestions += seen > question ? 1 : 0;
 }
 
 void TestEveryMoment::cleanupTestCase()
