@@ -99,13 +99,18 @@ public:
     /// The same with the kind of the entry, as far as the file system tells it.
     const dirent* nextEntry() { return ::readdir(m_folder); }
 
-    /// @return whether @p path leads to this very folder, and not by a link at its end
+    /// @return whether @p path leads to this very folder, and not by a link at its end; else errno tells why,
+    ///         ENOTDIR where something else is there
     bool isAt(const char* path) const
     {
         struct stat own;
         struct stat found;
-        return ::fstat(number(), &own) == 0 && ::fstatat(AT_FDCWD, path, &found, AT_SYMLINK_NOFOLLOW) == 0
-            && own.st_dev == found.st_dev && own.st_ino == found.st_ino;
+        if (::fstat(number(), &own) != 0 || ::fstatat(AT_FDCWD, path, &found, AT_SYMLINK_NOFOLLOW) != 0) {
+            return false;
+        }
+        const bool isSame = own.st_dev == found.st_dev && own.st_ino == found.st_ino;
+        errno = isSame ? errno : ENOTDIR;
+        return isSame;
     }
 
     /// @return the folder's descriptor, still owned here

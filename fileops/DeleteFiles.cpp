@@ -17,14 +17,7 @@ constexpr const char* folderFailure = "Error deleting directory:\n";
 /// @return whether the listing is open and of the folder that the path leads to; else errno tells why
 bool isListingOf(const FolderListing& entries, const QByteArray& path)
 {
-    if (!entries.isOpen()) {
-        return false;
-    }
-    const bool isAt = entries.isAt(path.constData());
-    if (!isAt) {
-        errno = ENOTDIR;
-    }
-    return isAt;
+    return entries.isOpen() && entries.isAt(path.constData());
 }
 
 /// @return whether a path still leads into the folder that its entry was found in; else errno tells why

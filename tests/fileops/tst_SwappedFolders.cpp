@@ -64,6 +64,7 @@ private slots:
     void whileAQuestionIsOpen();
     void whileAFailureIsReported();
     void swappedBackAndRetried();
+    void vanishedFolder();
     void linksAreDeletedAsLinks();
 };
 
@@ -171,6 +172,20 @@ void TestSwappedFolders::swappedBackAndRetried()
     QCOMPARE(swap.damage(), QStringList());
     QCOMPARE(run.answers.texts().size(), 2);
     QVERIFY(!swap.dir.exists("src"));
+}
+
+/// What is not there any more is told so.
+void TestSwappedFolders::vanishedFolder()
+{
+    Swap swap;
+    OperationRun run(OpDelete, {swap.dir.path("src")});
+    const auto moveAway = [&] { QDir().rename(swap.dir.path("src/sub"), swap.dir.path("aside")); };
+    run.answers.meanwhile(moveAway).click("Yes").otherwise({"Yes", "Ignore"});
+    QVERIFY(run.run());
+    const QString reason = '\n' + QString::fromLocal8Bit(std::strerror(ENOENT));
+    QVERIFY(run.answers.texts().value(1).startsWith("Error deleting file:\n" + swap.dir.path("src/sub/")));
+    QVERIFY2(run.answers.texts().value(1).endsWith(reason), qPrintable(run.answers.texts().value(1)));
+    QVERIFY(swap.dir.exists("aside/f"));
 }
 
 void TestSwappedFolders::linksAreDeletedAsLinks()
