@@ -115,6 +115,11 @@ void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs)
         state->running = false;
         state->tookMs = tookMs;
         state->since.start();
+        if (reading.exists && !m_watch->watches(reading.folder)) {
+            // Made after the watch was asked for: what has changed between reading and watching is read too.
+            m_watch->add(reading.folder);
+            state->due = state->due || m_watch->watches(reading.folder);
+        }
         if (state->due) {
             wakeDueTimer();
         }

@@ -23,6 +23,7 @@ public:
     /// Watches @p folder (absolute path); one that is watched already stays so, also after it was made anew.
     void add(const QString& folder);
     void remove(const QString& folder);
+    bool watches(const QString& folder) const { return m_watches.contains(folder); }
 
 signals:
     /// Something in @p folder, or the folder itself, has changed.

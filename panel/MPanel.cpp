@@ -3,6 +3,7 @@
 #include "panel/MPanel.h"
 
 #include "app/aGlobal.h"
+#include "panel/FolderReturn.h"
 #include "panel/MDriveBar.h"
 #include "panel/MList.h"
 #include "panel/MNavBar.h"
@@ -31,7 +32,9 @@ void giveModel(QAbstractItemView* view, QAbstractItemModel* model)
 MPanel::MPanel(QWidget* parent)
     : QFrame(parent)
     , rootPath(QStringLiteral("/"))
+    , rootReturn(new FolderReturn(this))
 {
+    connect(rootReturn, SIGNAL(returned(QString)), this, SLOT(showRootAgain()));
     newTreeModel();
     newListModel();
     makeBars();
@@ -153,7 +156,7 @@ void MPanel::newTreeModel()
     treeModel->setColumns(1);
     connect(treeModel, SIGNAL(entriesGone(QString, QStringList)), this,
         SLOT(treeEntriesGone(QString, QStringList)));
-    connect(treeModel, SIGNAL(rootGone(QString)), this, SLOT(leaveGoneFolder()), Qt::QueuedConnection);
+    connect(treeModel, SIGNAL(rootGone(QString)), this, SLOT(treeRootGone()), Qt::QueuedConnection);
     if (tree != nullptr) {
         giveModel(tree, treeModel);
     }

@@ -4,6 +4,7 @@
 #include <QPersistentModelIndex>
 #include <QStringList>
 
+class FolderReturn;
 class MDriveBar;
 class MList;
 class MNavBar;
@@ -31,7 +32,7 @@ public:
     void newListModel();
 
     /// Roots the tree at a folder and opens it.
-    /// @param path absolute path; one that is no folder gives an empty tree and listing
+    /// @param path absolute path; one that is no folder gives an empty tree and listing until it is one
     void setTreeRoot(QString path);
     /// Makes a folder the tree's current row, which opens it.
     void setTreePath(QString path);
@@ -103,7 +104,8 @@ public slots:
     void on_ListView_DoubleClicked(const QModelIndex index);
     void ShowContextMenuTree(const QPoint& pos);
     void ShowContextMenuList(const QPoint& pos);
-    /// Leaves a folder that is gone from disk for the nearest one above it that is there, not above the root.
+    /// Leaves a folder that is gone from disk for the nearest one above it that is there, not above the root;
+    /// a root that is gone itself is waited for.
     void leaveGoneFolder();
     /// Lists the current folder anew, with the same order and place, after more rows went than a model
     /// removes fast.
@@ -127,6 +129,8 @@ protected:
 
 private slots:
     void treeEntriesGone(const QString& folder, const QStringList& names);
+    void treeRootGone();
+    void showRootAgain();
 
 private:
     void makeBars();
@@ -157,4 +161,6 @@ private:
     void deleteSelected();
     void dropPending(int code);
     void copyPathsToClipboard();
+
+    FolderReturn* rootReturn; ///< waits while the root is no folder; child of this
 };

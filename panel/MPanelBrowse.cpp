@@ -4,6 +4,7 @@
 
 #include "app/TextHelpers.h"
 #include "app/aGlobal.h"
+#include "panel/FolderReturn.h"
 #include "panel/MList.h"
 #include "panel/MNavBar.h"
 #include "panel/MTree.h"
@@ -21,6 +22,9 @@ void MPanel::setTreeRoot(QString path)
     newTreeModel();
     if (QFileInfo(rootPath).isDir()) {
         treeModel->setRootPath(rootPath);
+        rootReturn->stop();
+    } else {
+        rootReturn->waitFor(rootPath);
     }
     tree->startChangeWatcher();
     tree->reset();
@@ -174,13 +178,35 @@ void MPanel::leaveGoneFolder()
         path = xs_UpOneLevel(path);
     }
     if (!QFileInfo(path).isDir()) {
-        return; // not even the root is there: the views are empty
+        rootReturn->waitFor(rootPath); // not even the root is there: the views are empty
+        return;
     }
     if (path != currentPath) {
         setTreePath(path);
     }
     if (path != currentPath || listModel->rowCount(list->rootIndex()) == 0) {
         treeRowChanged(path); // the tree did not take it, or it was gone for a moment only
+    }
+}
+
+void MPanel::treeRootGone()
+{
+    if (sender() != treeModel) {
+        return; // told by a model that has been replaced since
+    }
+    if (QFileInfo(rootPath).isDir()) {
+        showRootAgain(); // it was gone for a moment only, but the model has let go of it
+    } else {
+        leaveGoneFolder();
+    }
+}
+
+void MPanel::showRootAgain()
+{
+    QWidget* focused = window()->focusWidget();
+    setTreeRoot(rootPath);
+    if (focused != nullptr && !isAncestorOf(focused)) {
+        focused->setFocus(Qt::OtherFocusReason); // who works in the other panel goes on there
     }
 }
 
@@ -200,6 +226,7 @@ void MPanel::refresh()
 {
     treeModel->refresh();
     listModel->refresh();
+    rootReturn->look();
 }
 
 bool MPanel::eventFilter(QObject* watched, QEvent* event)
