@@ -143,6 +143,7 @@ private:
     void sendToOther(Qt::DropAction action);
     void moveSplitter(int steps);
     void resizeColumn(int pixels);
+    void leaveFocusTo(QWidget* focused);
     void noteLastPath(const QString& path);
     void openFile(const QString& path, const QString& name);
     QString associatedCommand(const QString& name);

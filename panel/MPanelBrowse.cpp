@@ -181,12 +181,14 @@ void MPanel::leaveGoneFolder()
         rootReturn->waitFor(rootPath); // not even the root is there: the views are empty
         return;
     }
+    QWidget* focused = window()->focusWidget();
     if (path != currentPath) {
         setTreePath(path);
     }
     if (path != currentPath || listModel->rowCount(list->rootIndex()) == 0) {
         treeRowChanged(path); // the tree did not take it, or it was gone for a moment only
     }
+    leaveFocusTo(focused);
 }
 
 void MPanel::treeRootGone()
@@ -205,8 +207,14 @@ void MPanel::showRootAgain()
 {
     QWidget* focused = window()->focusWidget();
     setTreeRoot(rootPath);
+    leaveFocusTo(focused);
+}
+
+/// Who works in the other panel goes on there, whatever happens to the folder of this one.
+void MPanel::leaveFocusTo(QWidget* focused)
+{
     if (focused != nullptr && !isAncestorOf(focused)) {
-        focused->setFocus(Qt::OtherFocusReason); // who works in the other panel goes on there
+        focused->setFocus(Qt::OtherFocusReason);
     }
 }
 

@@ -206,6 +206,7 @@ private slots:
     void rootMadeByCommand();
     void rootThatNeverWas();
     void focusStaysInTheOtherPanel();
+    void focusStaysWhenTheFolderIsGone();
     void madeBetweenWatchAndReading();
     void madeUnreadable();
     void unmounted();
@@ -477,6 +478,17 @@ void TestShownFolder::focusStaysInTheOtherPanel()
     other->list->setFocus();
     dir->file(QStringLiteral("a/b/NEW"), "new");
     QVERIFY(showsTheDisk(panel, root));
+    QVERIFY(other->list->hasFocus());
+}
+
+void TestShownFolder::focusStaysWhenTheFolderIsGone()
+{
+    const QString gone = dir->path(QStringLiteral("a/b/gone"));
+    QVERIFY(QDir().mkdir(gone));
+    QVERIFY(openFolder(panel, gone));
+    other->list->setFocus();
+    QVERIFY(QDir().rmdir(gone));
+    QTRY_COMPARE(panel->currentPath, dir->path(QStringLiteral("a/b")));
     QVERIFY(other->list->hasFocus());
 }
 
