@@ -801,9 +801,8 @@ void TestMProgress::noThreadToBeHad()
     // Stacks that ended threads have left would be taken again, so they are put to use first.
     QSemaphore end;
     std::vector<std::unique_ptr<QThread>> users;
-    for (int i = 0; i < 4; ++i) {
+    for (int i = 0; i < 12; ++i) {
         users.emplace_back(QThread::create([&] { end.acquire(); }));
-        users.back()->setStackSize(16 * 1048576);
         users.back()->start();
     }
     QFile figures("/proc/self/statm");
@@ -812,12 +811,12 @@ void TestMProgress::noThreadToBeHad()
     rlimit before = {};
     ::getrlimit(RLIMIT_AS, &before);
     rlimit tight = before;
-    tight.rlim_cur = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + 8 * 1048576;
+    tight.rlim_cur = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + 1048576;
     ::setrlimit(RLIMIT_AS, &tight);
     QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("^QThread::start: Thread creation error"));
     const QPointer<MProgress> dialog = new MProgress(&panel, OpDelete);
     ::setrlimit(RLIMIT_AS, &before);
-    end.release(4);
+    end.release(12);
     for (const auto& user : users) {
         user->wait();
     }
