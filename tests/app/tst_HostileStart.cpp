@@ -2,7 +2,6 @@
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 
@@ -78,17 +77,16 @@ Run runIn(const QString& home, const QString& program, bool endIt)
     qputenv("HOME", home.toLocal8Bit());
     Run run;
     const pid_t process = spawn(program);
-    QElapsedTimer clock;
-    clock.start();
     bool told = !endIt;
     int status = 0;
     rusage used{};
-    while (process > 0 && ::wait4(process, &status, WNOHANG, &used) == 0) {
+    const auto hasEnded = [&] {
         told = told || (isReadyToEnd(process) && ::kill(process, SIGTERM) == 0);
-        if (clock.elapsed() > 120000) {
-            ::kill(process, SIGKILL);
-        }
-        QTest::qSleep(2);
+        return ::wait4(process, &status, WNOHANG, &used) != 0;
+    };
+    if (process > 0 && !QTest::qWaitFor(hasEnded, 120000)) {
+        ::kill(process, SIGKILL);
+        ::wait4(process, &status, 0, &used);
     }
     run.status = process > 0 && WIFEXITED(status) && told ? WEXITSTATUS(status) : -1;
     run.cpuSeconds = seconds(used.ru_utime) + seconds(used.ru_stime);
