@@ -122,6 +122,8 @@ void TestCommandCheck::kinds_data()
     row("sh -c echo${IFS}'\\'", "");
     row("sh -c 'echo a'", "quotes");
     row("sh -c echo${IFS}\"a b\"", "quotes");
+    row("sh -c echo${IFS}'a", "quotes");
+    row("sh -c echo${IFS}\"a", "quotes");
     row("sh -c viewer 'a'", "quotes");
 
     row("viewer %f", "not-expanded");
@@ -165,6 +167,7 @@ void TestCommandCheck::scripts_data()
     row("sh -c ./a;x/b;/nowhere/c", "/nowhere/c");
     row(R"x(sh -c viewer${IFS}"$(a${IFS}"$1"|b)")x", "a b");
     row("sh -c viewer${IFS}${1##*/$(a)};b", "a b");
+    row("sh -c viewer${IFS}${1:-'x'};b", "b");
     row(R"(sh -c viewer${IFS}';a'";b";c)", "c");
     row("sh -c exec${IFS}a", "a");
     row(R"(sh -c exec${IFS}x-terminal-emulator${IFS}-e${IFS}sh${IFS}-c${IFS}'a;"$1"';b)", "a b");

@@ -178,6 +178,7 @@ void TestStyleCheck::length()
     const bool isTooLong = !found.isEmpty() && found.first().kind == QLatin1String("too-long");
     QCOMPARE(isTooLong ? found.first().line : 0, tooLongAt);
     QVERIFY(!isTooLong || found.size() == 1);
+    QVERIFY(!isTooLong || found.first().text == QLatin1String("the style sheet is too long to check"));
 }
 
 void TestStyleCheck::finds()

@@ -63,6 +63,7 @@ private slots:
     void placesOnScreen();
     void foldersThatComeAndGo();
     void foldersStayWhileOthersCome();
+    void manyFoldersThatGoAreFreed();
     void anotherRoot();
     void survivesTheTree();
 
@@ -412,6 +413,23 @@ void TestAccessibleTree::foldersStayWhileOthersCome()
     QVERIFY(x->isValid()); // folded away
     QCOMPARE(accessible()->indexOfChild(x), -1);
     QVERIFY(x->state().offscreen);
+}
+
+void TestAccessibleTree::manyFoldersThatGoAreFreed()
+{
+    constexpr int count = 400;
+    for (int i = 0; i < count; ++i) {
+        dir->folder(QStringLiteral("top/f%1").arg(i));
+    }
+    QTRY_COMPARE(table()->rowCount(), count + 3);
+    QCOMPARE(names().size(), count + 3);
+    QCOMPARE(accessible()->keptParts(), count + 3);
+    for (int i = 0; i < count; ++i) {
+        QVERIFY(QDir().rmdir(dir->path(QStringLiteral("top/f%1").arg(i))));
+    }
+    QTRY_COMPARE(table()->rowCount(), 3);
+    const int kept = accessible()->keptParts();
+    QVERIFY2(kept < count, qPrintable(QString::number(kept)));
 }
 
 // A model may be freed on another thread: no index of it may be left.

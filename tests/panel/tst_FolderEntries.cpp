@@ -104,7 +104,9 @@ void TestFolderEntries::orderIsTheStockModels_data()
         QString::fromUtf8("привет"), QString::fromUtf8("e\u0301t"), QString::fromUtf8("İstanbul"),
         QString::fromUtf8("ıgdır")};
     const QStringList pairs{QString::fromUtf8("😀 smile"), QString::fromUtf8("𝒳 math"), "plain", "Zeta",
-        QString::fromUtf8("𐐀 deseret"), QString::fromUtf8("\uFFFD end")};
+        QString::fromUtf8("𐐀 deseret"), QString::fromUtf8("\uFFFD end"),
+        // Small and capital letters that only their pairs tell to be the same.
+        QString::fromUtf8("𐐨b"), QString::fromUtf8("𐐀c"), QString::fromUtf8("𐐨a")};
     const QStringList longOnes{QString(255, QLatin1Char('a')), QString(254, QLatin1Char('a')),
         QString(200, QLatin1Char('9')), QString(199, QLatin1Char('9'))};
     for (const char* locale : {"C", "en_US", "de_DE", "sv_SE"}) {

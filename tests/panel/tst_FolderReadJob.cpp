@@ -1,8 +1,12 @@
 #include "panel/FolderReadJob.h"
 
+#include "panel/FolderReader.h"
 #include "tests/support/FaultShim.h"
+#include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
+
+#include <QSemaphore>
 
 namespace {
 
@@ -35,6 +39,7 @@ private slots:
     void notWantedAnyMore_data();
     void notWantedAnyMore();
     void isNoFolder();
+    void eightSlowFoldersAtOnce();
 
 private:
     QVector<Told> read(const QString& folder, const FolderEntries* before = nullptr) const;
@@ -126,6 +131,34 @@ void TestFolderReadJob::isNoFolder()
         QCOMPARE(all.size(), 1);
         QVERIFY(!all.at(0).reading.exists && all.at(0).reading.entries.isEmpty());
     }
+}
+
+// A ninth waits for a thread of the pool.
+void TestFolderReadJob::eightSlowFoldersAtOnce()
+{
+    constexpr int folders = 9;
+    QSemaphore reached;
+    QSemaphore mayGoOn;
+    FaultShim shim(m_dir.path());
+    FolderReader reader(nullptr);
+    int done = 0;
+    connect(&reader, &FolderReader::readingDone, this, [&done] { ++done; });
+    const int before = threadCount() - pooledThreadCount();
+    for (int i = 0; i < folders; ++i) {
+        const QString name = QStringLiteral("slow%1").arg(i);
+        m_dir.folder(name);
+        shim.before("readdir", name, 1, [&reached, &mayGoOn] {
+            reached.release();
+            mayGoOn.acquire();
+        });
+        reader.read(m_dir.path(name));
+    }
+    const int threads = threadCount() - before;
+    const bool eightCame = reached.tryAcquire(8, 10000);
+    mayGoOn.release(folders);
+    QTRY_COMPARE(done, folders);
+    QVERIFY(eightCame);
+    QCOMPARE(threads, 8);
 }
 
 VANTREL_TEST_MAIN(TestFolderReadJob)
