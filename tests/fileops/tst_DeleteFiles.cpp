@@ -4,6 +4,7 @@
 #include "tests/support/FaultShim.h"
 #include "tests/support/OperationRun.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/Reason.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
@@ -11,19 +12,9 @@
 #include <QRegularExpression>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-namespace {
-
-QString reason(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
-} // namespace
 
 class TestDeleteFiles : public QObject
 {
