@@ -6,9 +6,10 @@
 #include "tests/support/FaultyMount.h"
 #include "tests/support/MemoryMount.h"
 #include "tests/support/OperationRun.h"
+#include "tests/support/OwnMountsMain.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/Reason.h"
 #include "tests/support/TestDir.h"
-#include "tests/support/TestMain.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -17,7 +18,6 @@
 #include <QRandomGenerator>
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <sys/mount.h>
 
@@ -26,11 +26,6 @@ namespace {
 constexpr int block = 1048576;
 constexpr int readErrorAt = 100000; ///< as in faultyfs
 constexpr int writeErrorAt = 1500000;
-
-QString reason(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
 
 /// @return content that no file system makes smaller
 QByteArray noise(int bytes)
@@ -349,19 +344,5 @@ void TestForeignFileSystems::serverDies()
     QVERIFY(dir->exists("behind/src/f"));
 }
 
-/// Like VANTREL_TEST_MAIN, with mounts of its own, which end with the process.
-int main(int argc, char** argv)
-{
-    useOwnMounts();
-    prepareTestProcess();
-    QApplication app(argc, argv);
-    int failures = 0;
-    {
-        TestForeignFileSystems test;
-        failures = QTest::qExec(&test, argc, argv);
-    }
-    lookForLeaks();
-    return failures;
-}
-
+VANTREL_OWN_MOUNTS_TEST_MAIN(TestForeignFileSystems)
 #include "tst_ForeignFileSystems.moc"
