@@ -5,7 +5,6 @@
 #include <QRegularExpression>
 
 #include <cstring>
-#include <stdexcept>
 
 namespace {
 
@@ -15,16 +14,6 @@ const QString retry = QStringLiteral("Retry");
 const QString ignoreAllText = QStringLiteral("IgnoreAll");
 const QString abortText = QStringLiteral("Abort");
 
-/// The calls are not those of the operation.
-class Wrong : public std::runtime_error
-{
-public:
-    explicit Wrong(const QString& text)
-        : std::runtime_error(text.toStdString())
-    {
-    }
-};
-
 bool isFile(const QByteArray& entry)
 {
     return entry.startsWith("file ");
@@ -33,9 +22,8 @@ bool isFile(const QByteArray& entry)
 } // namespace
 
 DescribedOperation::DescribedOperation(const QString& base, FileTree before, const QStringList& calls)
-    : after(std::move(before))
-    , m_base(base)
-    , m_calls(calls)
+    : RecordedCalls(base, calls)
+    , after(std::move(before))
 {
 }
 
@@ -50,7 +38,7 @@ QString DescribedOperation::run(int kind, const QStringList& items, const QStrin
     const Choose& choose, const StopBefore& stop)
 {
     m_choose = choose;
-    m_stop = stop;
+    stopBefore(stop);
     try {
         for (const QString& item : items) {
             count(item);
@@ -79,63 +67,7 @@ QString DescribedOperation::run(int kind, const QStringList& items, const QStrin
     } catch (const Wrong& wrong) {
         return QString::fromStdString(wrong.what());
     }
-    return m_at == m_calls.size() ? QString() : "more calls than expected: " + m_calls.at(m_at);
-}
-
-// ---- the calls ----
-
-DescribedOperation::Call DescribedOperation::take(const char* function, const QString& path)
-{
-    const QString expected = QLatin1String(function) + ' ' + relative(path);
-    if (m_at == m_calls.size()) {
-        throw Wrong("no call, expected " + expected);
-    }
-    const QString& line = m_calls.at(m_at++);
-    const QStringList words = line.section(" = ", 0, 0).split(' ');
-    const QStringList results = line.section(" = ", 1).split(' ');
-    Call call{words.value(0), words.value(1), words.mid(2), results.value(0).toLongLong(),
-        results.value(1).toInt()};
-    if (call.function != QLatin1String(function) || call.path != relative(path)) {
-        throw Wrong("call " + QString::number(m_at) + ": " + line + ", expected " + expected);
-    }
-    if (m_stop.number > 0 && call.function == m_stop.function && call.path == m_stop.path
-        && ++m_stopSeen == m_stop.number) {
-        abort = 1;
-    }
-    return call;
-}
-
-DescribedOperation::Stat DescribedOperation::look(const QString& path)
-{
-    const Call call = take("lstat", path);
-    m_lastError = call.error;
-    if (call.failed()) {
-        return Stat::Missing;
-    }
-    m_lastSize = call.rest.value(1).toLongLong();
-    const QString kind = call.rest.value(0);
-    return kind == "folder" ? Stat::Folder : kind == "link" ? Stat::Link : Stat::File;
-}
-
-/// @return name of the next entry but "." and ".."; empty at the end and, with m_stopped set, where the stop
-///         is seen: it is looked for only with an entry at hand
-QString DescribedOperation::nextName(const QString& folder)
-{
-    for (;;) {
-        const QString name = take("readdir", folder).rest.value(0);
-        m_stopped = !name.isEmpty() && abort != 0;
-        if (name.isEmpty() || m_stopped) {
-            return QString();
-        }
-        if (name != "." && name != "..") {
-            return name;
-        }
-    }
-}
-
-QString DescribedOperation::relative(const QString& path) const
-{
-    return path == m_base ? QString(".") : path.mid(m_base.length() + 1);
+    return next().isNull() ? QString() : "more calls than expected: " + next();
 }
 
 // ---- the questions ----
@@ -223,8 +155,7 @@ int DescribedOperation::makeMissing(const QString& target)
     QString prefix;
     for (const QString& part : parts) {
         prefix += '/' + part;
-        const bool watched = prefix == m_base || prefix.startsWith(m_base + '/');
-        if (!watched || look(prefix) != Stat::Missing) {
+        if (!isWatched(prefix) || look(prefix) != Stat::Missing) {
             continue;
         }
         const Call call = take("mkdir", prefix);

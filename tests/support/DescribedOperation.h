@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/FileTree.h"
+#include "tests/support/RecordedCalls.h"
 
 #include <QString>
 #include <QStringList>
@@ -11,19 +12,13 @@
 /// It walks through the recorded calls of a run, which must be those that the operation makes, in their
 /// order, and follows their results, whatever they are: so it knows which questions must have been asked,
 /// what must lie on disk afterwards, and what the progress dialog must have held, also where calls failed.
-class DescribedOperation
+class DescribedOperation : private RecordedCalls
 {
 public:
     /// Chooses the button of a box by its text, as withoutFacts() leaves it.
     using Choose = std::function<QString(const QString& text)>;
 
-    /// Before a call, the operation is told to stop.
-    struct StopBefore
-    {
-        QString function;
-        QString path; ///< relative
-        int number = 0; ///< 0 for never
-    };
+    using RecordedCalls::StopBefore;
 
     /// @param base the watched folder; all paths that the operation is given are below it
     /// @param before what lay in the folder
@@ -43,7 +38,7 @@ public:
     // What must be so after run().
     QStringList texts; ///< of all boxes, without facts
     FileTree after;
-    int abort = 0;
+    using RecordedCalls::abort;
     int deleteAll = 0;
     int ignoreAll = 0;
     int replaceAll = 0;
@@ -53,22 +48,6 @@ public:
     qint64 done = 0;
 
 private:
-    struct Call
-    {
-        QString function;
-        QString path;
-        QStringList rest;
-        qint64 result = -1;
-        int error = 0;
-        bool failed() const { return result < 0; }
-    };
-    enum class Stat { Missing, File, Folder, Link };
-
-    Call take(const char* function, const QString& path);
-    Stat look(const QString& path);
-    QString nextName(const QString& folder);
-    QString relative(const QString& path) const;
-
     QString ask(const QString& text);
     QString report(const QString& prefix, const QString& path, int error);
 
@@ -89,13 +68,5 @@ private:
     void deleteFile(const QString& path);
     void removeRepeatedly(const QString& prefix, const QString& path);
 
-    QString m_base;
-    QStringList m_calls;
-    int m_at = 0;
     Choose m_choose;
-    StopBefore m_stop;
-    int m_stopSeen = 0;
-    bool m_stopped = false; ///< the listing ended early because of abort
-    int m_lastError = 0; ///< of the look() that failed last
-    qint64 m_lastSize = 0; ///< that the look() before found
 };
