@@ -7,6 +7,8 @@
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
+#include <QFileInfo>
+
 #include <cerrno>
 #include <sys/stat.h>
 
@@ -342,12 +344,13 @@ void TestProgressWorkerTransfers::copyToFolderNotMade()
 
 void TestProgressWorkerTransfers::copyToOfAFolder()
 {
-    // A folder is opened like any file, and cannot be read.
+    // A folder is opened like any file, and cannot be read: what is left is the room for as many bytes.
     TestDir dir;
     dir.file("folder/f", "1");
     OperationRun run(OpCopyTo, {dir.path("folder")}, dir.path("name"));
     QVERIFY(run.run());
     QVERIFY(dir.exists("name"));
+    QCOMPARE(dir.read("name"), QByteArray(static_cast<int>(QFileInfo(dir.path("folder")).size()), '\0'));
 }
 
 VANTREL_TEST_MAIN(TestProgressWorkerTransfers)
