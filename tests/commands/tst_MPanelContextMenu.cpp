@@ -1,109 +1,37 @@
 #include "app/aGlobal.h"
-#include "commands/DialogNewDir.h"
-#include "commands/Rename.h"
-#include "panel/MList.h"
 #include "panel/MPanel.h"
-#include "panel/MTree.h"
-#include "panel/myFileSystemModel.h"
 #include "tests/support/BoxAnswers.h"
-#include "tests/support/FormChild.h"
+#include "tests/support/ContextMenuPanel.h"
 #include "tests/support/ModalAnswers.h"
-#include "tests/support/PanelWindow.h"
 #include "tests/support/StandIn.h"
-#include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
-#include <QLabel>
-#include <QLineEdit>
+#include <QDialog>
 #include <QMenu>
 #include <QPointer>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QWindow>
-
-#include <memory>
 
 namespace {
 
 const QPoint somewhere(60, 60);
 
-LSMENU entry(const QString& label, const QString& types, int code = CommandTerminalEx,
-    const QString& command = QStringLiteral("no-program"))
-{
-    return LSMENU{code, types, label, command};
-}
-
-/// The labels of a menu from top to bottom, "-" for a separator.
-QStringList labels(const QMenu* menu)
-{
-    QStringList all;
-    const QList<QAction*> actions = menu->actions();
-    for (const QAction* action : actions) {
-        all.append(action->isSeparator() ? QStringLiteral("-") : action->text());
-    }
-    return all;
-}
-
-void dismiss(QMenu* menu)
-{
-    QTest::keyClick(menu, Qt::Key_Escape);
-}
-
-void choose(QMenu* menu, int row)
-{
-    QTest::mouseClick(
-        menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(menu->actions().at(row)).center());
-}
-
-/// Runs the menu for an item and dismisses it.
-/// @return what it offered
+/// @return what the menu for an item offers
 QStringList offered(MPanel* panel, const QString& path, bool isFolder)
 {
-    QStringList seen;
-    ModalAnswers answers;
-    answers.meet<QMenu>([&](QMenu* menu) {
-        seen = labels(menu);
-        dismiss(menu);
-    });
-    panel->ShowContextMenu(path, isFolder ? 1 : 0, somewhere);
-    return seen;
-}
-
-/// Where the running menu of a slot was, and what it offered.
-struct Shown
-{
-    QPoint place;
-    QStringList entries;
-};
-
-template <typename Call>
-Shown shownBy(const Call& call)
-{
-    Shown shown;
-    ModalAnswers answers;
-    answers.meet<QMenu>([&](QMenu* menu) {
-        shown.place = menu->pos();
-        shown.entries = labels(menu);
-        dismiss(menu);
-    });
-    call();
-    return shown;
-}
-
-QPoint centre(const QAbstractItemView* view, const QModelIndex& index)
-{
-    return view->visualRect(index).center();
+    return ContextMenuPanel::shownBy([&] {
+        panel->ShowContextMenu(path, isFolder ? 1 : 0, somewhere);
+    }).entries;
 }
 
 } // namespace
 
-class TestMPanelContextMenu : public QObject
+/// What the context menu offers for an item, and what happens when an entry is chosen.
+class TestMPanelContextMenu : public QObject, private ContextMenuPanel
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { open(); }
+    void cleanup() { close(); }
 
     void filter_data();
     void filter();
@@ -125,48 +53,7 @@ private slots:
     void unknownCodeDoesNothing();
     void dismissedRunsNothing_data();
     void dismissedRunsNothing();
-
-    void treeSlotTakesTheFolder();
-    void treeSlotOffersFolderEntries();
-    void treeSlotOnEmptySpace();
-    void treeSlotPlace();
-    void newFolderInTheTreesFolder();
-    void listSlotTakesTheItem_data();
-    void listSlotTakesTheItem();
-    void listSlotOnEmptySpace();
-    void listSlotPlace();
-    void renameOfTheListsItem();
-    void rightClickInTheTree();
-    void rightClickInTheList();
-
-private:
-    std::unique_ptr<TestDir> dir;
-    std::unique_ptr<PanelWindow> fixture;
-    MPanel* panel = nullptr;
-    QString root;
 };
-
-void TestMPanelContextMenu::init()
-{
-    dir = std::make_unique<TestDir>();
-    dir->folder(QStringLiteral("root/alpha/inner"));
-    dir->folder(QStringLiteral("root/beta.d"));
-    dir->file(QStringLiteral("root/Report.TXT"), "x");
-    dir->file(QStringLiteral("root/Makefile"), "x");
-    dir->link(QStringLiteral("root/zlink"), QStringLiteral("alpha"));
-    root = dir->path(QStringLiteral("root"));
-    fixture = std::make_unique<PanelWindow>(root, QSize(700, 500));
-    panel = fixture->panel;
-    QVERIFY(fixture->activate());
-    QVERIFY(waitForList(panel));
-    QVERIFY(waitForTreeRow(panel, root + QStringLiteral("/beta.d")));
-}
-
-void TestMPanelContextMenu::cleanup()
-{
-    fixture.reset();
-    dir.reset();
-}
 
 void TestMPanelContextMenu::filter_data()
 {
@@ -462,174 +349,6 @@ void TestMPanelContextMenu::dismissedRunsNothing()
     panel->ShowContextMenu(QStringLiteral("/x"), 0, somewhere);
     panel->DoAction(CommandTerminal, QString(), program.path() + QStringLiteral(" control"));
     QCOMPARE(program.next().arguments, QStringList{QStringLiteral("control")});
-}
-
-void TestMPanelContextMenu::treeSlotTakesTheFolder()
-{
-    const QString beta = root + QStringLiteral("/beta.d");
-    const QPersistentModelIndex index = panel->treeModel->index(beta);
-    const QPoint pos = centre(panel->tree, index);
-    QCOMPARE(panel->tree->indexAt(pos), QModelIndex(index));
-    const QStringList namesBefore = listNames(panel);
-    const QAbstractItemModel* modelBefore = panel->listModel;
-    gsLastPath1 = QStringLiteral("untouched");
-    panel->contextPath = QStringLiteral("/before");
-
-    shownBy([&] { panel->ShowContextMenuTree(pos); });
-    QCOMPARE(panel->currentTreeIndex, index);
-    QCOMPARE(panel->currentPath, beta);
-    QCOMPARE(panel->contextPath, beta);
-
-    // The listing shows what it did.
-    QCOMPARE(static_cast<const QAbstractItemModel*>(panel->listModel), modelBefore);
-    QCOMPARE(panel->listModel->rootPath(), root);
-    QCOMPARE(listNames(panel), namesBefore);
-    QCOMPARE(gsLastPath1, QStringLiteral("untouched"));
-}
-
-void TestMPanelContextMenu::treeSlotOffersFolderEntries()
-{
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|")),
-        entry(QStringLiteral("file"), QStringLiteral("|*|")),
-        entry(QStringLiteral("suffix"), QStringLiteral("|d|"))};
-    const QModelIndex index = panel->treeModel->index(root + QStringLiteral("/beta.d"));
-    const Shown shown = shownBy([&] { panel->ShowContextMenuTree(centre(panel->tree, index)); });
-    QCOMPARE(shown.entries, QStringList{QStringLiteral("folder")});
-}
-
-void TestMPanelContextMenu::treeSlotOnEmptySpace()
-{
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|")),
-        entry(QStringLiteral("file"), QStringLiteral("|*|"))};
-    const QPersistentModelIndex indexBefore = panel->currentTreeIndex;
-    panel->contextPath = QStringLiteral("/before");
-    const QPoint pos(20, panel->tree->viewport()->height() - 4);
-    QVERIFY(!panel->tree->indexAt(pos).isValid());
-    const Shown shown = shownBy([&] { panel->ShowContextMenuTree(pos); });
-    QCOMPARE(shown.entries, QStringList{QStringLiteral("folder")});
-    QCOMPARE(panel->contextPath, QString());
-    QCOMPARE(panel->currentPath, root); // the panel stays where it is
-    QCOMPARE(panel->currentTreeIndex, indexBefore);
-}
-
-void TestMPanelContextMenu::treeSlotPlace()
-{
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|"))};
-    const QPoint pos = centre(panel->tree, panel->treeModel->index(root + QStringLiteral("/alpha")));
-    const QPoint expected = panel->tree->mapToGlobal(pos);
-    QVERIFY(expected != panel->tree->viewport()->mapToGlobal(pos));
-    QCOMPARE(shownBy([&] { panel->ShowContextMenuTree(pos); }).place, expected);
-}
-
-void TestMPanelContextMenu::newFolderInTheTreesFolder()
-{
-    gstMenu = {entry(QStringLiteral("New"), QStringLiteral("|.|"), CommandNewDir)};
-    ModalAnswers answers;
-    answers.meet<QMenu>([](QMenu* menu) { choose(menu, 0); });
-    answers.meet<DialogNewDir>([](DialogNewDir* dialog) {
-        formChild<QLineEdit>(*dialog, "lineEdit").setText(QStringLiteral("made"));
-        formChild<QPushButton>(*dialog, "pushButtonOK").click();
-    });
-    panel->ShowContextMenuTree(
-        centre(panel->tree, panel->treeModel->index(root + QStringLiteral("/beta.d"))));
-    QCOMPARE(dir->tree(QStringLiteral("root/beta.d")), QStringList{QStringLiteral("made/")});
-    QVERIFY(!dir->exists(QStringLiteral("root/made")));
-}
-
-void TestMPanelContextMenu::listSlotTakesTheItem_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("column");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("file") << "Report.TXT" << 0 << "file,suffix";
-    QTest::newRow("file, another column") << "Report.TXT" << 3 << "file,suffix";
-    QTest::newRow("file without a dot") << "Makefile" << 1 << "file";
-    QTest::newRow("folder") << "alpha" << 0 << "folder";
-    QTest::newRow("folder with a suffix") << "beta.d" << 2 << "folder";
-    QTest::newRow("link to a folder") << "zlink" << 0 << "folder";
-    QTest::newRow("the folder above") << ".." << 0 << "folder";
-}
-
-void TestMPanelContextMenu::listSlotTakesTheItem()
-{
-    QFETCH(QString, name);
-    QFETCH(int, column);
-    QFETCH(QString, expected);
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|")),
-        entry(QStringLiteral("file"), QStringLiteral("|*|")),
-        entry(QStringLiteral("suffix"), QStringLiteral("|txt|d|"))};
-    const QPersistentModelIndex treeIndex = panel->currentTreeIndex;
-    const QModelIndex index = listIndex(panel, name, column);
-    QVERIFY(index.isValid());
-    const Shown shown = shownBy([&] { panel->ShowContextMenuList(centre(panel->list, index)); });
-    QCOMPARE(shown.entries.join(QLatin1Char(',')), expected);
-    QCOMPARE(panel->contextPath, root + QLatin1Char('/') + name);
-    QCOMPARE(panel->currentPath, root);
-    QCOMPARE(panel->currentTreeIndex, treeIndex);
-}
-
-void TestMPanelContextMenu::listSlotOnEmptySpace()
-{
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|")),
-        entry(QStringLiteral("file"), QStringLiteral("|*|"))};
-    panel->contextPath = QStringLiteral("/before");
-    const QPoint pos(20, panel->list->viewport()->height() - 4);
-    QVERIFY(!panel->list->indexAt(pos).isValid());
-    const Shown shown = shownBy([&] { panel->ShowContextMenuList(pos); });
-    QCOMPARE(shown.entries, QStringList{QStringLiteral("folder")});
-    QCOMPARE(panel->contextPath, QString());
-    QCOMPARE(panel->currentPath, root);
-}
-
-void TestMPanelContextMenu::listSlotPlace()
-{
-    gstMenu = {entry(QStringLiteral("file"), QStringLiteral("|*|"))};
-    const QPoint pos = centre(panel->list, listIndex(panel, QStringLiteral("Makefile")));
-    const QPoint expected = panel->list->viewport()->mapToGlobal(pos);
-    QVERIFY(expected != panel->list->mapToGlobal(pos));
-    QCOMPARE(shownBy([&] { panel->ShowContextMenuList(pos); }).place, expected);
-}
-
-void TestMPanelContextMenu::renameOfTheListsItem()
-{
-    gstMenu = {entry(QStringLiteral("Rename"), QStringLiteral("|*|"), CommandRename)};
-    ModalAnswers answers;
-    answers.meet<QMenu>([](QMenu* menu) { choose(menu, 0); });
-    answers.meet<Rename>([](Rename* dialog) {
-        formChild<QLineEdit>(*dialog, "lineEditNew").setText(QStringLiteral("Renamed"));
-        formChild<QPushButton>(*dialog, "pushButtonOK").click();
-    });
-    panel->ShowContextMenuList(centre(panel->list, listIndex(panel, QStringLiteral("Makefile"))));
-    QVERIFY(dir->exists(QStringLiteral("root/Renamed")));
-    QVERIFY(!dir->exists(QStringLiteral("root/Makefile")));
-}
-
-void TestMPanelContextMenu::rightClickInTheTree()
-{
-    gstMenu = {entry(QStringLiteral("folder"), QStringLiteral("|.|"))};
-    const QString alpha = root + QStringLiteral("/alpha");
-    const QPoint pos = centre(panel->tree, panel->treeModel->index(alpha));
-    const QPoint inWindow = panel->tree->viewport()->mapTo(&fixture->window, pos);
-    const Shown shown = shownBy([&] {
-        QTest::mouseClick(fixture->window.windowHandle(), Qt::RightButton, Qt::NoModifier, inWindow);
-        QTRY_COMPARE(panel->contextPath, alpha);
-    });
-    QCOMPARE(shown.entries, QStringList{QStringLiteral("folder")});
-    QCOMPARE(panel->currentPath, alpha);
-    QCOMPARE(panel->currentTreeIndex, QPersistentModelIndex(panel->treeModel->index(alpha)));
-}
-
-void TestMPanelContextMenu::rightClickInTheList()
-{
-    gstMenu = {entry(QStringLiteral("file"), QStringLiteral("|*|"))};
-    const QPoint pos = centre(panel->list, listIndex(panel, QStringLiteral("Makefile"), 1));
-    const QPoint inWindow = panel->list->viewport()->mapTo(&fixture->window, pos);
-    const Shown shown = shownBy([&] {
-        QTest::mouseClick(fixture->window.windowHandle(), Qt::RightButton, Qt::NoModifier, inWindow);
-        QTRY_COMPARE(panel->contextPath, root + QStringLiteral("/Makefile"));
-    });
-    QCOMPARE(shown.entries, QStringList{QStringLiteral("file")});
-    QCOMPARE(shown.place, panel->list->viewport()->mapToGlobal(pos));
 }
 
 VANTREL_TEST_MAIN(TestMPanelContextMenu)
