@@ -1,7 +1,6 @@
 #include "app/aGlobal.h"
 #include "commands/DialogNewDir.h"
 #include "commands/Rename.h"
-#include "fileops/MCopy.h"
 #include "info/Checksum.h"
 #include "info/DialogFileSize.h"
 #include "info/MProperties.h"
@@ -15,14 +14,13 @@
 #include "tests/support/StandIn.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
+#include "tests/support/TextWatch.h"
+#include "tests/support/TypedAnswers.h"
 
-#include <QAbstractButton>
-#include <QAccessible>
 #include <QClipboard>
 #include <QCryptographicHash>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QRegularExpression>
 
 #include <fcntl.h>
@@ -75,76 +73,6 @@ QVector<HostileName> hostileNames()
         {"replacement character", "\xef\xbf\xbd", true},
     };
 }
-
-/// Looks at every window that is shown while it lives.
-class TextWatch : public QObject
-{
-public:
-    explicit TextWatch(QString name)
-        : m_name(std::move(name))
-    {
-        qApp->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        auto* widget = qobject_cast<QWidget*>(watched);
-        if (event->type() == QEvent::Show && widget != nullptr && widget->isWindow()) {
-            look(widget);
-        }
-        return false;
-    }
-
-    /// Looks through a window as it is now.
-    void look(QWidget* window)
-    {
-        ++windows;
-        const QList<QWidget*> widgets = window->findChildren<QWidget*>() << window;
-        for (QWidget* widget : widgets) {
-            lookAt(widget);
-        }
-    }
-
-    int windows = 0;
-    int texts = 0; ///< labels and buttons that show the name
-    QStringList faults;
-
-private:
-    void lookAt(QWidget* widget)
-    {
-        for (const QString& text : {widget->toolTip(), widget->statusTip(), widget->whatsThis(),
-                 widget->windowTitle(), widget->accessibleDescription()}) {
-            check(!text.contains(m_name), widget, "a text that may be rich");
-        }
-        if (auto* label = qobject_cast<QLabel*>(widget); label != nullptr && label->text().contains(m_name)) {
-            ++texts;
-            check(label->textFormat() == Qt::PlainText && label->buddy() == nullptr, widget, "rich text");
-            check(spoken(label).contains(m_name), widget, "spoken otherwise");
-        }
-        auto* button = qobject_cast<QAbstractButton*>(widget);
-        if (button != nullptr && button->text().contains(m_name)) {
-            ++texts;
-            check(spoken(button).contains(m_name), widget, "spoken otherwise");
-            check(button->shortcut().isEmpty(), widget, "a shortcut");
-        }
-    }
-
-    static QString spoken(QWidget* widget)
-    {
-        return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
-    }
-
-    void check(bool isRight, const QWidget* widget, const char* fault)
-    {
-        if (!isRight) {
-            faults.append(QStringLiteral("%1 %2: ").arg(
-                              QLatin1String(widget->metaObject()->className()), widget->objectName())
-                + QLatin1String(fault));
-        }
-    }
-
-    QString m_name;
-};
 
 QStringList shownTexts(const QWidget* dialog)
 {
@@ -308,10 +236,7 @@ void TestHostileNames::copyTo(const QString& typed, const QString& question) con
 {
     ModalAnswers answers;
     BoxAnswers boxes;
-    answers.meet<MCopy>([typed](MCopy* dialog) {
-        formChild<QLineEdit>(*dialog, "lineEdit").setText(typed);
-        QTest::mouseClick(&formChild<QPushButton>(*dialog, "pushButton_OK"), Qt::LeftButton);
-    });
+    typeDestination(answers, typed);
     boxes.click(QStringLiteral("Yes"));
     panel->DoAction(CommandCopy, QString(), QString());
     QCOMPARE(boxes.texts(), QStringList{question});
