@@ -1,5 +1,6 @@
 #include "tests/support/SetupHome.h"
 
+#include "app/ReadConfig.h"
 #include "tests/support/Recipes.h"
 
 #include <QFile>
@@ -25,12 +26,21 @@ SetupRun SetupHome::run(const QStringList& arguments, const QString& shell) cons
     const QString script = shell.isEmpty() ? QStringLiteral("exec \"$0\" \"$@\"") : shell;
     process.start(QStringLiteral("/bin/sh"), QStringList{"-c", script, program} + arguments);
     SetupRun result;
-    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
+    const bool isOver = process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit;
+    if (isOver) {
         result.status = process.exitCode();
     }
     result.output = QString::fromUtf8(process.readAllStandardOutput());
     result.errors = QString::fromUtf8(process.readAllStandardError());
+    if (!isOver) {
+        result.errors += QStringLiteral("the run did not end by itself: %1\n").arg(process.errorString());
+    }
     return result;
+}
+
+void SetupHome::readSettings() const
+{
+    ReadConfig(dir->path(QStringLiteral("home/.Vantrel")));
 }
 
 void SetupHome::ownTools() const

@@ -11,9 +11,9 @@
 /// How a run of vantrel-setup ended.
 struct SetupRun
 {
-    int status = -1; ///< exit status; -1 where a signal ended it or it did not end in a minute
+    int status = -1; ///< exit status; -1 where a signal ended it, or it did not start or not end in a minute
     QString output;
-    QString errors;
+    QString errors; ///< with a line of its own where the run did not end by itself
 };
 
 /// vantrel-setup and a folder around it: "home" is the user's, "bin" takes stand-ins for other programs, and
@@ -27,6 +27,9 @@ public:
     /// Runs the set-up with the folder as its working directory.
     /// @param shell what runs instead; "$0" is the program there, and "$@" its arguments
     SetupRun run(const QStringList& arguments = QStringList(), const QString& shell = QString()) const;
+
+    /// Reads the settings that were written, as the program does.
+    void readSettings() const;
 
     /// Makes sure that "bin" has links to what the set-up itself needs.
     void ownTools() const;
