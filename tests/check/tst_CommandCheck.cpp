@@ -2,6 +2,7 @@
 #include "tests/support/Recipes.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
+#include "tests/support/TextRows.h"
 
 #include <QStandardPaths>
 
@@ -61,11 +62,7 @@ void TestCommandCheck::initTestCase()
 
 void TestCommandCheck::kinds_data()
 {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("kinds");
-    const auto row = [](const char* command, const char* kinds) {
-        QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(kinds);
-    };
+    const auto row = textRows("command", "kinds");
     const char* const lost = "program-not-found";
     row("viewer", "");
     row("viewer --full  -a", "");
@@ -138,11 +135,7 @@ void TestCommandCheck::kinds_data()
 
 void TestCommandCheck::scripts_data()
 {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("programs"); // that are not found
-    const auto row = [](const char* command, const char* programs) {
-        QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(programs);
-    };
+    const auto row = textRows("command", "programs"); // that are not found
     row("sh -c viewer", "");
     row("sh -c editor", "editor");
     row("sh -c editor${IFS}-x", "editor");
@@ -225,11 +218,7 @@ void TestCommandCheck::kinds()
 
 void TestCommandCheck::texts_data()
 {
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QString>("text");
-    const auto row = [](const char* command, const char* text) {
-        QTest::newRow(command) << QString::fromLatin1(command) << QString::fromLatin1(text);
-    };
+    const auto row = textRows("command", "text");
     row("editor %1", "the program \"editor\" is not found");
     row("~/x", "the program \"~/x\" is not found: nothing is expanded, write its path in full");
     row("/a/$b", "the program \"/a/$b\" is not found: nothing is expanded, write its path in full");

@@ -135,13 +135,11 @@ void TestSettingsCheck::single()
 
 void TestSettingsCheck::endlessLines_data()
 {
-    addColumns();
-    addRow("style=", "", "1 too-long");
-    addRow("menu=sendto=*=x=sh ", "", "1 too-long");
-    addRow("assn=", "", "1 too-long");
-    addRow("x", "", "1 too-long");
-    addRow("drive=/=", "", "1 too-long");
-    addRow("#", "", "");
+    QTest::addColumn<QString>("found");
+    for (const char* start : {"style=", "menu=sendto=*=x=sh ", "assn=", "x", "drive=/="}) {
+        QTest::newRow(start) << QStringLiteral("1 too-long");
+    }
+    QTest::newRow("#") << QString();
 }
 
 void TestSettingsCheck::endlessLines()

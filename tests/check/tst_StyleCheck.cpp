@@ -1,5 +1,6 @@
 #include "check/StyleCheck.h"
 #include "tests/support/TestMain.h"
+#include "tests/support/TextRows.h"
 
 #include <QElapsedTimer>
 #include <QLabel>
@@ -96,11 +97,7 @@ void TestStyleCheck::finds_data()
 
 void TestStyleCheck::colours_data()
 {
-    QTest::addColumn<QString>("declarations");
-    QTest::addColumn<QString>("unknown");
-    const auto row = [](const char* declarations, const char* unknown) {
-        QTest::newRow(declarations) << QString::fromLatin1(declarations) << QString::fromLatin1(unknown);
-    };
+    const auto row = textRows("declarations", "unknown");
     row("color: red", "");
     row("color: Dark\\red", "Dark\\red");
     row("COLOR: RED; color: #fff; color: transparent; color: none", "");
