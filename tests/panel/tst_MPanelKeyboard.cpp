@@ -3,8 +3,7 @@
 #include "panel/MList.h"
 #include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
-#include "tests/support/PanelWindow.h"
-#include "tests/support/TestDir.h"
+#include "tests/support/PanelFixture.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>
@@ -12,8 +11,6 @@
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QTimer>
-
-#include <memory>
 
 namespace {
 
@@ -44,13 +41,13 @@ private:
 
 } // namespace
 
-class TestMPanelKeyboard : public QObject
+class TestMPanelKeyboard : public QObject, protected PanelFixture
 {
     Q_OBJECT
 
 private slots:
     void init();
-    void cleanup();
+    void cleanup() { end(); }
 
     void commandKeys_data();
     void commandKeys();
@@ -69,11 +66,6 @@ private slots:
 
 private:
     bool press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    void select(const QStringList& names);
-
-    std::unique_ptr<TestDir> dir;
-    std::unique_ptr<PanelWindow> window;
-    MPanel* panel = nullptr;
 };
 
 void TestMPanelKeyboard::init()
@@ -82,31 +74,13 @@ void TestMPanelKeyboard::init()
     for (const char* name : {"alpha", "beta", "data"}) {
         dir->file(QLatin1String(name));
     }
-    window = std::make_unique<PanelWindow>(dir->path());
-    panel = window->panel;
-    QVERIFY(window->activate());
-    QVERIFY(waitForList(panel));
-}
-
-void TestMPanelKeyboard::cleanup()
-{
-    window.reset();
-    dir.reset();
+    show(dir->path());
 }
 
 bool TestMPanelKeyboard::press(int key, Qt::KeyboardModifiers modifiers)
 {
     QKeyEvent event(QEvent::KeyPress, key, modifiers);
     return panel->mykeyPressEvent(&event);
-}
-
-void TestMPanelKeyboard::select(const QStringList& names)
-{
-    panel->list->clearSelection();
-    for (const QString& name : names) {
-        panel->list->selectionModel()->select(
-            listIndex(panel, name), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    }
 }
 
 void TestMPanelKeyboard::commandKeys_data()
