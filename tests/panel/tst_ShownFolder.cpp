@@ -1,30 +1,21 @@
-#include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/MPanel.h"
-#include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
 #include "tests/support/AsNobody.h"
-#include "tests/support/BoxAnswers.h"
 #include "tests/support/FaultShim.h"
 #include "tests/support/MemoryMount.h"
-#include "tests/support/ModalAnswers.h"
-#include "tests/support/PanelWindow.h"
-#include "tests/support/TestDir.h"
+#include "tests/support/ShownFolderFixture.h"
 #include "tests/support/TestMain.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QHash>
 #include <QLabel>
-#include <QLineEdit>
 #include <QProcess>
-#include <QPushButton>
 #include <QRandomGenerator>
 #include <QThread>
 #include <QTimer>
 
-#include <atomic>
 #include <cerrno>
 #include <functional>
 #include <memory>
@@ -32,83 +23,6 @@
 #include <unistd.h>
 
 namespace {
-
-bool isLong()
-{
-    return qEnvironmentVariableIntValue("VANTREL_LONG") != 0;
-}
-
-/// @return names in a folder as the listing has to show them, sorted
-QStringList namesOnDisk(const QString& folder)
-{
-    QStringList names
-        = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    names.append(QStringLiteral(".."));
-    names.sort();
-    return names;
-}
-
-/// @return how the listing differs from a folder on disk, the sizes of its files included; empty where it
-/// does not
-QStringList staleRows(const MPanel* panel, const QString& folder)
-{
-    if (panel->listModel->rootPath() != folder) {
-        return {"shows " + panel->listModel->rootPath()};
-    }
-    QHash<QString, int> times;
-    for (const QString& name : listNames(panel)) {
-        ++times[name];
-    }
-    QStringList all;
-    for (const QString& name : namesOnDisk(folder)) {
-        const int shown = times.take(name);
-        if (shown != 1) {
-            all.append(QStringLiteral("%1 times: %2").arg(shown).arg(name));
-        }
-    }
-    const QStringList tooMuch = times.keys();
-    for (const QString& name : tooMuch) {
-        all.append("too much: " + name);
-    }
-    const QModelIndex root = panel->list->rootIndex();
-    for (int row = 0; row < panel->listModel->rowCount(root); ++row) {
-        const QModelIndex index = panel->listModel->index(row, 0, root);
-        const QFileInfo info(folder + '/' + panel->listModel->fileName(index));
-        if (info.isFile() && panel->listModel->size(index) != info.size()) {
-            all.append("size of " + info.fileName());
-        }
-        if (info.exists() && info.isDir() != panel->listModel->isDir(index)) {
-            all.append("kind of " + info.fileName());
-        }
-    }
-    return all;
-}
-
-/// Waits until the listing shows a folder as it is on disk. Looking takes long in a large folder, so most of
-/// the time is left to what is waited for.
-bool showsTheDisk(const MPanel* panel, const QString& folder)
-{
-    const int patienceMs = isLong() ? 120000 : 20000;
-    QElapsedTimer clock;
-    clock.start();
-    QStringList stale;
-    qint64 nextLook = 0;
-    const bool shows = QTest::qWaitFor(
-        [&] {
-            if (clock.elapsed() < nextLook) {
-                return false;
-            }
-            const qint64 began = clock.elapsed();
-            stale = staleRows(panel, folder);
-            nextLook = clock.elapsed() + 4 * (clock.elapsed() - began);
-            return stale.isEmpty();
-        },
-        patienceMs);
-    if (!shows) {
-        qInfo("%s", qPrintable(stale.mid(0, 20).join("\n")));
-    }
-    return shows;
-}
 
 /// Runs a thread to its end, and the event loop meanwhile, in which @p turn is called each millisecond.
 void runMeanwhile(QThread& thread, const std::function<void(int)>& turn)
@@ -189,23 +103,17 @@ private:
 } // namespace
 
 /// What can become of a folder while it is shown.
-class TestShownFolder : public QObject
+class TestShownFolder : public QObject, protected ShownFolderFixture
 {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { start(); }
+    void cleanup() { end(); }
 
     void mishaps_data();
     void mishaps();
     void madeAnewAtOnce();
-    void rootComesBack_data();
-    void rootComesBack();
-    void rootMadeAnewOverAndOver();
-    void rootMadeByCommand();
-    void rootThatNeverWas();
-    void focusStaysInTheOtherPanel();
     void focusStaysWhenTheFolderIsGone();
     void madeBetweenWatchAndReading();
     void madeUnreadable();
@@ -215,57 +123,7 @@ private slots:
     void ownOperationsShowWithoutWatches_data();
     void ownOperationsShowWithoutWatches();
     void ownOperationsShowWhereWatchesAreUsedUp();
-
-private:
-    void open(MPanel* which, const QString& relative);
-    void followsRoot(MPanel* which);
-    void runOperation(const QString& operation);
-
-    std::unique_ptr<TestDir> dir;
-    std::unique_ptr<PanelWindow> window;
-    MPanel* panel = nullptr;
-    std::unique_ptr<MPanel> other;
 };
-
-void TestShownFolder::init()
-{
-    dir = std::make_unique<TestDir>(TestDir::inMemory());
-    dir->file(QStringLiteral("a/b/shown/f"), "1");
-    dir->file(QStringLiteral("a/b/shown/g"), "22");
-    dir->folder(QStringLiteral("a/b/shown/sub"));
-    dir->file(QStringLiteral("a/b/beside"));
-    dir->folder(QStringLiteral("to"));
-    window = std::make_unique<PanelWindow>(dir->path());
-    panel = window->panel;
-    other = std::make_unique<MPanel>(&window->window);
-    gwPanel1 = panel;
-    gwPanel2 = other.get();
-    other->show();
-    QVERIFY(window->activate());
-    QVERIFY(waitForList(panel));
-    QVERIFY(waitForList(other.get()));
-}
-
-void TestShownFolder::cleanup()
-{
-    other.reset();
-    window.reset();
-    dir.reset();
-}
-
-/// Opens a folder step by step, as a user does.
-void TestShownFolder::open(MPanel* which, const QString& relative)
-{
-    QString path = dir->path();
-    for (const QString& name : relative.split('/')) {
-        path += '/' + name;
-        QVERIFY(waitForTreeRow(which, path));
-        which->tree->expand(which->treeModel->index(path));
-        which->setTreePath(path);
-    }
-    QCOMPARE(which->currentPath, path);
-    QVERIFY(showsTheDisk(which, path));
-}
 
 void TestShownFolder::mishaps_data()
 {
@@ -348,137 +206,6 @@ void TestShownFolder::madeAnewAtOnce()
     QTRY_VERIFY(showsTheDisk(panel, panel->currentPath));
     QVERIFY(panel->currentPath == dir->path(QStringLiteral("a/b/shown"))
         || panel->currentPath == dir->path(QStringLiteral("a/b")));
-}
-
-/// A panel shows its root as it is on disk, in both views, and follows what is made there.
-void TestShownFolder::followsRoot(MPanel* which)
-{
-    const QString root = which->rootPath;
-    QVERIFY(showsTheDisk(which, root));
-    QCOMPARE(which->currentPath, root);
-    QTRY_VERIFY(which->folderLabel->text().startsWith(root + " has "));
-    const QString later = root + (which == panel ? "/later" : "/later still");
-    QVERIFY(QDir().mkdir(later));
-    QVERIFY(waitForTreeRow(which, later));
-    QVERIFY(showsTheDisk(which, root));
-    QVERIFY(QDir().rmdir(later));
-    QVERIFY(showsTheDisk(which, root));
-}
-
-void TestShownFolder::rootComesBack_data()
-{
-    QTest::addColumn<QString>("gone");
-    QTest::addColumn<bool>("noticed");
-    QTest::addColumn<QString>("opened");
-    for (const char* gone : {"removed", "file", "above removed"}) {
-        QTest::addRow("%s, for long", gone) << gone << true << "";
-        QTest::addRow("%s, for a moment", gone) << gone << false << "";
-    }
-    QTest::newRow("moved away, for a moment") << "moved away" << false << "";
-    QTest::newRow("open below, for long") << "removed" << true << "shown";
-}
-
-void TestShownFolder::rootComesBack()
-{
-    QFETCH(QString, gone);
-    QFETCH(bool, noticed);
-    QFETCH(QString, opened);
-    const QString root = dir->path(QStringLiteral("a/b"));
-    for (MPanel* each : {panel, other.get()}) {
-        each->setTreeRoot(root);
-        QVERIFY(showsTheDisk(each, root));
-        QVERIFY(waitForTreeRow(each, root + "/shown"));
-        if (!opened.isEmpty()) {
-            each->setTreePath(root + '/' + opened);
-            QVERIFY(showsTheDisk(each, root + '/' + opened));
-        }
-    }
-    if (gone == "above removed") {
-        QVERIFY(QDir(dir->path(QStringLiteral("a"))).removeRecursively());
-    } else if (gone == "moved away") {
-        QVERIFY(QDir().rename(root, dir->path(QStringLiteral("to/b"))));
-    } else {
-        QVERIFY(QDir(root).removeRecursively());
-    }
-    if (gone == "file") {
-        dir->file(QStringLiteral("a/b"), "a file");
-    }
-    for (MPanel* each : {panel, other.get()}) {
-        if (noticed) {
-            QTRY_COMPARE(listNames(each), QStringList());
-        }
-        QCOMPARE(each->rootPath, root);
-    }
-    QFile::remove(root);
-    dir->file(QStringLiteral("a/b/NEW"), "new");
-    dir->folder(QStringLiteral("a/b/new folder"));
-    for (MPanel* each : {panel, other.get()}) {
-        QVERIFY(waitForTreeRow(each, root + "/new folder"));
-        followsRoot(each);
-    }
-}
-
-void TestShownFolder::rootMadeAnewOverAndOver()
-{
-    const QString root = dir->path(QStringLiteral("a/b"));
-    for (MPanel* each : {panel, other.get()}) {
-        each->setTreeRoot(root);
-        QVERIFY(showsTheDisk(each, root));
-    }
-    for (int round = 0; round < 20; ++round) {
-        QVERIFY(QDir(root).removeRecursively());
-        for (int i = 0; i < round % 5; ++i) {
-            QCoreApplication::processEvents();
-        }
-        dir->file(QStringLiteral("a/b/round%1").arg(round), QByteArray(round, 'x'));
-        for (int i = 0; i < round; ++i) {
-            QCoreApplication::processEvents();
-        }
-    }
-    for (MPanel* each : {panel, other.get()}) {
-        followsRoot(each);
-    }
-}
-
-void TestShownFolder::rootMadeByCommand()
-{
-    const QString root = dir->path(QStringLiteral("a/new folder"));
-    QVERIFY(QDir().mkdir(root));
-    other->setTreeRoot(root);
-    QVERIFY(showsTheDisk(other.get(), root));
-    open(panel, QStringLiteral("a"));
-    QVERIFY(QDir().rmdir(root));
-    QTRY_COMPARE(listNames(other.get()), QStringList());
-    QVERIFY(showsTheDisk(panel, dir->path(QStringLiteral("a"))));
-    runOperation(QStringLiteral("new folder"));
-    QVERIFY(QFileInfo(root).isDir());
-    followsRoot(other.get());
-}
-
-void TestShownFolder::rootThatNeverWas()
-{
-    const QString root = dir->path(QStringLiteral("to/come"));
-    panel->setTreeRoot(root);
-    other->setTreeRoot(root);
-    other->setTreeRoot(dir->path(QStringLiteral("a"))); // and is wanted no more
-    QVERIFY(waitForList(other.get()));
-    dir->file(QStringLiteral("to/come/f"));
-    followsRoot(panel);
-    QCOMPARE(other->rootPath, dir->path(QStringLiteral("a")));
-    followsRoot(other.get());
-}
-
-void TestShownFolder::focusStaysInTheOtherPanel()
-{
-    const QString root = dir->path(QStringLiteral("a/b"));
-    panel->setTreeRoot(root);
-    QVERIFY(showsTheDisk(panel, root));
-    QVERIFY(QDir(root).removeRecursively());
-    QTRY_COMPARE(listNames(panel), QStringList());
-    other->list->setFocus();
-    dir->file(QStringLiteral("a/b/NEW"), "new");
-    QVERIFY(showsTheDisk(panel, root));
-    QVERIFY(other->list->hasFocus());
 }
 
 void TestShownFolder::focusStaysWhenTheFolderIsGone()
@@ -593,43 +320,6 @@ void TestShownFolder::ownOperationsShowWithoutWatches_data()
     QTest::addColumn<QString>("operation");
     for (const char* operation : {"copy", "move", "delete", "new folder", "rename"}) {
         QTest::newRow(operation) << operation;
-    }
-}
-
-/// Runs a command of the panel as its menu does.
-void TestShownFolder::runOperation(const QString& operation)
-{
-    BoxAnswers boxes;
-    boxes.otherwise({"Yes"});
-    ModalAnswers dialogs;
-    const QString shown = dir->path(QStringLiteral("a/b/shown"));
-    panel->list->setFocus();
-    panel->list->selectionModel()->select(listIndex(panel, QStringLiteral("f")),
-        QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    const auto typeName = [](const QString& name) {
-        return [name](QDialog* dialog) {
-            for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
-                if (!field->isReadOnly()) {
-                    field->setText(name);
-                    QTest::keyClick(field, Qt::Key_Return);
-                }
-            }
-        };
-    };
-    gslDragList = QStringList{shown + "/f"};
-    gsDropBase = dir->path(QStringLiteral("to"));
-    if (operation == "copy") {
-        panel->DoAction(CommandDropCopy, QString(), QString());
-    } else if (operation == "move") {
-        panel->DoAction(CommandDropMove, QString(), QString());
-    } else if (operation == "delete") {
-        panel->DoAction(CommandDelete, QString(), QString());
-    } else if (operation == "rename") {
-        dialogs.meet<QDialog>(typeName(QStringLiteral("new name")));
-        panel->DoAction(CommandRename, shown + "/f", QString());
-    } else {
-        dialogs.meet<QDialog>(typeName(QStringLiteral("new folder")));
-        panel->DoAction(CommandNewDir, QString(), QString());
     }
 }
 

@@ -1,0 +1,162 @@
+#include "panel/MList.h"
+#include "panel/MPanel.h"
+#include "tests/support/ShownFolderFixture.h"
+#include "tests/support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+
+/// What can become of the root of a panel while it is shown.
+class TestShownFolderRoot : public QObject, protected ShownFolderFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { start(); }
+    void cleanup() { end(); }
+
+    void rootComesBack_data();
+    void rootComesBack();
+    void rootMadeAnewOverAndOver();
+    void rootMadeByCommand();
+    void rootThatNeverWas();
+    void focusStaysInTheOtherPanel();
+
+private:
+    void followsRoot(MPanel* which);
+};
+
+void TestShownFolderRoot::rootComesBack_data()
+{
+    QTest::addColumn<QString>("gone");
+    QTest::addColumn<bool>("noticed");
+    QTest::addColumn<QString>("opened");
+    for (const char* gone : {"removed", "file", "above removed"}) {
+        QTest::addRow("%s, for long", gone) << gone << true << "";
+        QTest::addRow("%s, for a moment", gone) << gone << false << "";
+    }
+    QTest::newRow("moved away, for a moment") << "moved away" << false << "";
+    QTest::newRow("open below, for long") << "removed" << true << "shown";
+}
+
+/// A panel shows its root as it is on disk, in both views, and follows what is made there.
+void TestShownFolderRoot::followsRoot(MPanel* which)
+{
+    const QString root = which->rootPath;
+    QVERIFY(showsTheDisk(which, root));
+    QCOMPARE(which->currentPath, root);
+    QTRY_VERIFY(which->folderLabel->text().startsWith(root + " has "));
+    const QString later = root + (which == panel ? "/later" : "/later still");
+    QVERIFY(QDir().mkdir(later));
+    QVERIFY(waitForTreeRow(which, later));
+    QVERIFY(showsTheDisk(which, root));
+    QVERIFY(QDir().rmdir(later));
+    QVERIFY(showsTheDisk(which, root));
+}
+
+void TestShownFolderRoot::rootComesBack()
+{
+    QFETCH(QString, gone);
+    QFETCH(bool, noticed);
+    QFETCH(QString, opened);
+    const QString root = dir->path(QStringLiteral("a/b"));
+    for (MPanel* each : {panel, other.get()}) {
+        each->setTreeRoot(root);
+        QVERIFY(showsTheDisk(each, root));
+        QVERIFY(waitForTreeRow(each, root + "/shown"));
+        if (!opened.isEmpty()) {
+            each->setTreePath(root + '/' + opened);
+            QVERIFY(showsTheDisk(each, root + '/' + opened));
+        }
+    }
+    if (gone == "above removed") {
+        QVERIFY(QDir(dir->path(QStringLiteral("a"))).removeRecursively());
+    } else if (gone == "moved away") {
+        QVERIFY(QDir().rename(root, dir->path(QStringLiteral("to/b"))));
+    } else {
+        QVERIFY(QDir(root).removeRecursively());
+    }
+    if (gone == "file") {
+        dir->file(QStringLiteral("a/b"), "a file");
+    }
+    for (MPanel* each : {panel, other.get()}) {
+        if (noticed) {
+            QTRY_COMPARE(listNames(each), QStringList());
+        }
+        QCOMPARE(each->rootPath, root);
+    }
+    QFile::remove(root);
+    dir->file(QStringLiteral("a/b/NEW"), "new");
+    dir->folder(QStringLiteral("a/b/new folder"));
+    for (MPanel* each : {panel, other.get()}) {
+        QVERIFY(waitForTreeRow(each, root + "/new folder"));
+        followsRoot(each);
+    }
+}
+
+void TestShownFolderRoot::rootMadeAnewOverAndOver()
+{
+    const QString root = dir->path(QStringLiteral("a/b"));
+    for (MPanel* each : {panel, other.get()}) {
+        each->setTreeRoot(root);
+        QVERIFY(showsTheDisk(each, root));
+    }
+    for (int round = 0; round < 20; ++round) {
+        QVERIFY(QDir(root).removeRecursively());
+        for (int i = 0; i < round % 5; ++i) {
+            QCoreApplication::processEvents();
+        }
+        dir->file(QStringLiteral("a/b/round%1").arg(round), QByteArray(round, 'x'));
+        for (int i = 0; i < round; ++i) {
+            QCoreApplication::processEvents();
+        }
+    }
+    for (MPanel* each : {panel, other.get()}) {
+        followsRoot(each);
+    }
+}
+
+void TestShownFolderRoot::rootMadeByCommand()
+{
+    const QString root = dir->path(QStringLiteral("a/new folder"));
+    QVERIFY(QDir().mkdir(root));
+    other->setTreeRoot(root);
+    QVERIFY(showsTheDisk(other.get(), root));
+    open(panel, QStringLiteral("a"));
+    QVERIFY(QDir().rmdir(root));
+    QTRY_COMPARE(listNames(other.get()), QStringList());
+    QVERIFY(showsTheDisk(panel, dir->path(QStringLiteral("a"))));
+    runOperation(QStringLiteral("new folder"));
+    QVERIFY(QFileInfo(root).isDir());
+    followsRoot(other.get());
+}
+
+void TestShownFolderRoot::rootThatNeverWas()
+{
+    const QString root = dir->path(QStringLiteral("to/come"));
+    panel->setTreeRoot(root);
+    other->setTreeRoot(root);
+    other->setTreeRoot(dir->path(QStringLiteral("a"))); // and is wanted no more
+    QVERIFY(waitForList(other.get()));
+    dir->file(QStringLiteral("to/come/f"));
+    followsRoot(panel);
+    QCOMPARE(other->rootPath, dir->path(QStringLiteral("a")));
+    followsRoot(other.get());
+}
+
+void TestShownFolderRoot::focusStaysInTheOtherPanel()
+{
+    const QString root = dir->path(QStringLiteral("a/b"));
+    panel->setTreeRoot(root);
+    QVERIFY(showsTheDisk(panel, root));
+    QVERIFY(QDir(root).removeRecursively());
+    QTRY_COMPARE(listNames(panel), QStringList());
+    other->list->setFocus();
+    dir->file(QStringLiteral("a/b/NEW"), "new");
+    QVERIFY(showsTheDisk(panel, root));
+    QVERIFY(other->list->hasFocus());
+}
+
+VANTREL_TEST_MAIN(TestShownFolderRoot)
+#include "tst_ShownFolderRoot.moc"
