@@ -1,5 +1,7 @@
+#include "panel/FolderEntries.h"
 #include "panel/MList.h"
 #include "panel/MPanel.h"
+#include "panel/myFileSystemModel.h"
 #include "tests/support/ShownFolderFixture.h"
 #include "tests/support/TestMain.h"
 
@@ -21,6 +23,7 @@ private slots:
     void rootMadeAnewOverAndOver();
     void rootMadeByCommand();
     void rootThatNeverWas();
+    void rootThatOnlyTheTreeMissed();
     void focusStaysInTheOtherPanel();
 
 private:
@@ -143,6 +146,22 @@ void TestShownFolderRoot::rootThatNeverWas()
     followsRoot(panel);
     QCOMPARE(other->rootPath, dir->path(QStringLiteral("a")));
     followsRoot(other.get());
+}
+
+/// The tree has met a moment in which the root was gone, and it is there when the panel hears of that. No row
+/// goes by which the tree would look again.
+void TestShownFolderRoot::rootThatOnlyTheTreeMissed()
+{
+    const QString root = dir->path(QStringLiteral("to"));
+    panel->setTreeRoot(root);
+    followsRoot(panel);
+    QTRY_COMPARE(treeNames(panel), QStringList{"to"});
+    other->list->setFocus();
+    FolderReading gone;
+    gone.folder = root;
+    QVERIFY(QMetaObject::invokeMethod(panel->treeModel, "takeReading", Q_ARG(FolderReading, gone)));
+    followsRoot(panel);
+    QVERIFY(other->list->hasFocus());
 }
 
 void TestShownFolderRoot::focusStaysInTheOtherPanel()
