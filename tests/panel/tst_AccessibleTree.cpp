@@ -5,19 +5,15 @@
 #include "panel/MPanel.h"
 #include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
+#include "tests/support/AccessibleFixture.h"
 #include "tests/support/Listening.h"
 #include "tests/support/ModalAnswers.h"
-#include "tests/support/PanelWindow.h"
-#include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QMenu>
-#include <QtTest/qtestaccessible.h>
-
-#include <memory>
 
 namespace {
 
@@ -34,15 +30,13 @@ QString toggleName()
 } // namespace
 
 /// What assistive technology is told of the folder tree.
-class TestAccessibleTree : public QObject
+class TestAccessibleTree : public QObject, protected AccessibleFixture
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
     void init();
-    void cleanup();
+    void cleanup() { end(); }
 
     void isMadeForTheTree();
     void rowsOfAllThatIsUnfolded();
@@ -75,21 +69,8 @@ private:
     void act(const char* name, const QString& action) const;
     MTree* tree() const { return panel->tree; }
 
-    std::unique_ptr<TestDir> dir;
-    std::unique_ptr<PanelWindow> window;
-    MPanel* panel = nullptr;
     QString root;
 };
-
-void TestAccessibleTree::initTestCase()
-{
-    QTestAccessibility::initialize();
-}
-
-void TestAccessibleTree::cleanupTestCase()
-{
-    QTestAccessibility::cleanup();
-}
 
 void TestAccessibleTree::init()
 {
@@ -99,19 +80,9 @@ void TestAccessibleTree::init()
     dir->folder(QStringLiteral("top/a/y"));
     dir->folder(QStringLiteral("top/b"));
     root = dir->path(QStringLiteral("top"));
-    window = std::make_unique<PanelWindow>(root);
-    panel = window->panel;
-    QVERIFY(window->activate());
-    QVERIFY(waitForList(panel));
+    show(root);
     QTRY_COMPARE(names(), QStringList({"top", "a", "b"}));
-    QTestAccessibility::clearEvents();
-}
-
-void TestAccessibleTree::cleanup()
-{
-    window.reset();
-    dir.reset();
-    setListening(false);
+    clearEvents();
 }
 
 AccessibleTree* TestAccessibleTree::accessible() const
@@ -336,10 +307,10 @@ void TestAccessibleTree::unknownAction()
 void TestAccessibleTree::movingTellsTheFolder()
 {
     tree()->setFocus();
-    QTestAccessibility::clearEvents();
+    clearEvents();
     QTest::keyClick(tree(), Qt::Key_Down);
     QList<QAccessibleInterface*> told;
-    for (QAccessibleEvent* event : QTestAccessibility::events()) {
+    for (QAccessibleEvent* event : events()) {
         if (event->type() == QAccessible::Focus && event->object() == tree() && event->child() > 0) {
             told.append(accessible()->child(event->child()));
         }
@@ -354,11 +325,11 @@ void TestAccessibleTree::currentFolderIsToldOnFocus()
     act("b", pressName());
     panel->list->setFocus();
     QCoreApplication::processEvents();
-    QTestAccessibility::clearEvents();
+    clearEvents();
     tree()->setFocus();
     // Last, so that it is not the tree as a whole that is read.
-    QTRY_COMPARE(QTestAccessibility::events().constLast()->child(), 12);
-    QCOMPARE(QTestAccessibility::events().constLast()->type(), QAccessible::Focus);
+    QTRY_COMPARE(events().constLast()->child(), 12);
+    QCOMPARE(events().constLast()->type(), QAccessible::Focus);
     QCOMPARE(accessible()->child(12), folder("b"));
 }
 
