@@ -1,48 +1,23 @@
 #include "panel/AccessibleList.h"
 
-#include "panel/AccessibleParts.h"
 #include "panel/MList.h"
 #include "panel/SelectedRows.h"
 
 #include <QHeaderView>
 
-namespace {
-
-QAccessibleInterface* makeForList(const QString& className, QObject* object)
-{
-    auto* list = className == QLatin1String("MList") ? qobject_cast<MList*>(object) : nullptr;
-    return list != nullptr ? new AccessibleList(list) : nullptr; // owned by Qt's cache
-}
-
-} // namespace
-
 void AccessibleList::install()
 {
-    QAccessible::installFactory(makeForList);
+    installFor<AccessibleList, MList>();
 }
 
 AccessibleList::AccessibleList(MList* owner)
-    : QAccessibleWidget(owner, QAccessible::Table)
-    , m_parts(std::make_unique<AccessibleParts>(owner))
+    : AccessibleView(owner, QAccessible::Table)
 {
 }
-
-AccessibleList::~AccessibleList() = default;
 
 MList* AccessibleList::list() const
 {
-    return static_cast<MList*>(m_parts->view());
-}
-
-int AccessibleList::keptParts() const
-{
-    return m_parts->count();
-}
-
-void* AccessibleList::interface_cast(QAccessible::InterfaceType type)
-{
-    return type == QAccessible::TableInterface ? static_cast<QAccessibleTableInterface*>(this)
-                                               : QAccessibleWidget::interface_cast(type);
+    return static_cast<MList*>(parts().view());
 }
 
 QAccessible::State AccessibleList::state() const
@@ -68,14 +43,9 @@ QAccessibleInterface* AccessibleList::child(int index) const
     const int row = index / (columnCount() + 1) - 1;
     const int column = index % (columnCount() + 1) - 1;
     if (row < 0) {
-        return m_parts->header(Qt::Horizontal, column);
+        return parts().header(Qt::Horizontal, column);
     }
-    return column < 0 ? m_parts->header(Qt::Vertical, row) : cellAt(row, column);
-}
-
-int AccessibleList::indexOfChild(const QAccessibleInterface* part) const
-{
-    return AccessibleParts::indexOf(part, this);
+    return column < 0 ? parts().header(Qt::Vertical, row) : cellAt(row, column);
 }
 
 QAccessibleInterface* AccessibleList::childAt(int x, int y) const
@@ -87,14 +57,9 @@ QAccessibleInterface* AccessibleList::childAt(int x, int y) const
     const QPoint inHeader = header->mapFromGlobal(QPoint(x, y));
     if (header->isVisible() && header->rect().contains(inHeader)) {
         const int section = header->logicalIndexAt(inHeader);
-        return section < 0 ? nullptr : m_parts->header(Qt::Horizontal, section);
+        return section < 0 ? nullptr : parts().header(Qt::Horizontal, section);
     }
-    return m_parts->cellAt(QPoint(x, y));
-}
-
-QAccessibleInterface* AccessibleList::focusChild() const
-{
-    return m_parts->focusedCell();
+    return parts().cellAt(QPoint(x, y));
 }
 
 // --- The table.
@@ -106,23 +71,13 @@ QModelIndex AccessibleList::rowIndex(int row) const
 
 QAccessibleInterface* AccessibleList::cellAt(int row, int column) const
 {
-    return list() != nullptr ? m_parts->cell(list()->model()->index(row, column, list()->rootIndex()))
+    return list() != nullptr ? parts().cell(list()->model()->index(row, column, list()->rootIndex()))
                              : nullptr;
-}
-
-QAccessibleInterface* AccessibleList::caption() const
-{
-    return nullptr;
-}
-
-QAccessibleInterface* AccessibleList::summary() const
-{
-    return nullptr;
 }
 
 int AccessibleList::columnCount() const
 {
-    return m_parts->columns();
+    return parts().columns();
 }
 
 int AccessibleList::rowCount() const
@@ -134,11 +89,6 @@ QString AccessibleList::columnDescription(int column) const
 {
     return list() != nullptr ? list()->model()->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString()
                              : QString();
-}
-
-QString AccessibleList::rowDescription(int /*row*/) const
-{
-    return QString(); // rows have no header to be seen
 }
 
 // --- Selection: of whole rows, as in the window.
@@ -235,9 +185,4 @@ bool AccessibleList::selectColumn(int /*column*/)
 bool AccessibleList::unselectColumn(int /*column*/)
 {
     return false;
-}
-
-void AccessibleList::modelChange(QAccessibleTableModelChangeEvent* event)
-{
-    m_parts->modelChanged(event);
 }

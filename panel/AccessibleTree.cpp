@@ -1,55 +1,30 @@
 #include "panel/AccessibleTree.h"
 
-#include "panel/AccessibleParts.h"
 #include "panel/MTree.h"
-
-namespace {
-
-QAccessibleInterface* makeForTree(const QString& className, QObject* object)
-{
-    auto* tree = className == QLatin1String("MTree") ? qobject_cast<MTree*>(object) : nullptr;
-    return tree != nullptr ? new AccessibleTree(tree) : nullptr; // owned by Qt's cache
-}
-
-} // namespace
 
 void AccessibleTree::install()
 {
-    QAccessible::installFactory(makeForTree);
+    installFor<AccessibleTree, MTree>();
 }
 
 AccessibleTree::AccessibleTree(MTree* owner)
-    : QAccessibleWidget(owner, QAccessible::Tree)
-    , m_parts(std::make_unique<AccessibleParts>(owner))
+    : AccessibleView(owner, QAccessible::Tree)
 {
-}
-
-AccessibleTree::~AccessibleTree() = default;
-
-int AccessibleTree::keptParts() const
-{
-    return m_parts->count();
-}
-
-void* AccessibleTree::interface_cast(QAccessible::InterfaceType type)
-{
-    return type == QAccessible::TableInterface ? static_cast<QAccessibleTableInterface*>(this)
-                                               : QAccessibleWidget::interface_cast(type);
 }
 
 int AccessibleTree::rowCount() const
 {
-    return m_parts->shownRows().size();
+    return parts().shownRows().size();
 }
 
 QAccessibleInterface* AccessibleTree::cellAt(int row, int column) const
 {
-    return column == 0 ? m_parts->cell(m_parts->shownRows().value(row)) : nullptr;
+    return column == 0 ? parts().cell(parts().shownRows().value(row)) : nullptr;
 }
 
 int AccessibleTree::childCount() const
 {
-    return m_parts->view() != nullptr ? (rowCount() + 1) * m_parts->columns() : 0;
+    return parts().view() != nullptr ? (rowCount() + 1) * parts().columns() : 0;
 }
 
 QAccessibleInterface* AccessibleTree::child(int index) const
@@ -57,22 +32,12 @@ QAccessibleInterface* AccessibleTree::child(int index) const
     if (index < 0 || index >= childCount()) {
         return nullptr;
     }
-    return cellAt(index / m_parts->columns() - 1, index % m_parts->columns());
-}
-
-int AccessibleTree::indexOfChild(const QAccessibleInterface* part) const
-{
-    return m_parts->indexOf(part, this);
+    return cellAt(index / parts().columns() - 1, index % parts().columns());
 }
 
 QAccessibleInterface* AccessibleTree::childAt(int x, int y) const
 {
-    return m_parts->cellAt(QPoint(x, y));
-}
-
-QAccessibleInterface* AccessibleTree::focusChild() const
-{
-    return m_parts->focusedCell();
+    return parts().cellAt(QPoint(x, y));
 }
 
 QString AccessibleTree::columnDescription(int /*column*/) const
@@ -80,19 +45,14 @@ QString AccessibleTree::columnDescription(int /*column*/) const
     return QString(); // the header is hidden
 }
 
-QString AccessibleTree::rowDescription(int /*row*/) const
-{
-    return QString();
-}
-
 // --- Selection: of one folder, or of none.
 
 QList<int> AccessibleTree::selectedRows() const
 {
-    const QAbstractItemView* view = m_parts->view();
+    const QAbstractItemView* view = parts().view();
     const QModelIndexList selected
         = view != nullptr ? view->selectionModel()->selectedRows() : QModelIndexList();
-    const int row = selected.isEmpty() ? -1 : m_parts->rowOf(selected.constFirst());
+    const int row = selected.isEmpty() ? -1 : parts().rowOf(selected.constFirst());
     return row >= 0 ? QList<int>{row} : QList<int>();
 }
 
@@ -118,9 +78,4 @@ bool AccessibleTree::selectRow(int row)
         folder->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     }
     return folder != nullptr;
-}
-
-void AccessibleTree::modelChange(QAccessibleTableModelChangeEvent* event)
-{
-    m_parts->modelChanged(event);
 }
