@@ -190,16 +190,11 @@ void TestMPanelBrowse::parentOfTheRootDoesNothing()
     const QString path = panel->currentPath;
     panel->contextPath = QStringLiteral("before");
     const QModelIndex up = listIndex(panel, QStringLiteral(".."));
-    if (top && !up.isValid()) {
-        return; // the top has no such row
-    }
     QVERIFY(up.isValid());
     panel->on_ListView_DoubleClicked(up);
     QCOMPARE(panel->currentPath, path);
-    if (!top) {
-        QCOMPARE(panel->listModel, before.data());
-        QCOMPARE(panel->contextPath, QStringLiteral("before"));
-    }
+    QCOMPARE(panel->listModel, before.data());
+    QCOMPARE(panel->contextPath, QStringLiteral("before"));
 }
 
 void TestMPanelBrowse::listDoubleClickOnALink_data()
