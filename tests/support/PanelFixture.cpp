@@ -1,8 +1,8 @@
 #include "tests/support/PanelFixture.h"
 
-#include "panel/MList.h"
 #include "panel/MPanel.h"
 #include "panel/myFileSystemModel.h"
+#include "tests/support/ListSelection.h"
 
 #include <QTest>
 
@@ -38,12 +38,7 @@ void PanelFixture::show(const QString& root)
 
 void PanelFixture::select(const QStringList& names) const
 {
-    panel->list->clearSelection();
-    for (const QString& name : names) {
-        QVERIFY(listIndex(panel, name).isValid());
-        panel->list->selectionModel()->select(
-            listIndex(panel, name), QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    }
+    selectRows(panel, names);
 }
 
 QModelIndex PanelFixture::treeAt(const QString& relative) const
