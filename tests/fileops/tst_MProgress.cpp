@@ -73,6 +73,8 @@ private slots:
     void execAfterTheEnd();
     void neverExecuted();
     void destroyedWithAQuestionPending();
+    void goneAtTheSecondQuestion_data();
+    void goneAtTheSecondQuestion();
     void onTheStack();
     void parentGone();
     void quitWhileAQuestionIsOpen_data();
@@ -270,6 +272,71 @@ void TestMProgress::destroyedWithAQuestionPending()
         QVERIFY(reached.tryAcquire(1, 60000));
     }
     QCOMPARE(dir.tree("item").size(), 50);
+}
+
+void TestMProgress::goneAtTheSecondQuestion_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<bool>("quits");
+    for (const bool quits : {false, true}) {
+        const char* const end = quits ? "the application quits" : "destroyed";
+        QTest::addRow("delete, %s", end) << int(OpDelete) << "Yes" << quits;
+        QTest::addRow("copy, %s", end) << int(OpCopy) << "Yes" << quits;
+        QTest::addRow("move, %s", end) << int(OpMove) << "Retry" << quits;
+    }
+}
+
+/// The worker waits with a question that nobody is there to answer. What was answered before does not count.
+void TestMProgress::goneAtTheSecondQuestion()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, button);
+    QFETCH(bool, quits);
+    TestDir dir;
+    gslDragList = QStringList{dir.file("a", "new a"), dir.file("b", "new b")};
+    gsDropBase = dir.folder("to");
+    dir.file("to/a", "old a");
+    dir.file("to/b", "old b");
+    auto* panel = new QWidget;
+    panel->show();
+    QPointer<MProgress> dialog;
+    QSemaphore gone;
+    FaultShim shim(dir.path());
+    shim.fail("rename", "to/a", EIO).fail("rename", "to/b", EIO);
+    // The last call before the second question. The end comes first, the question once exec() has returned.
+    const char* const call = kind == OpMove ? "rename" : "lstat";
+    shim.before(call, kind == OpDelete ? "b" : "to/b", kind == OpDelete ? 2 : 1, [&] {
+        QMetaObject::invokeMethod(
+            qApp,
+            [&] {
+                if (quits) {
+                    QCoreApplication::quit();
+                } else {
+                    gone.release();
+                    delete panel; // and the dialog with it
+                }
+            },
+            Qt::QueuedConnection);
+        gone.acquire();
+    });
+    BoxAnswers answers;
+    answers.click(button);
+    QTimer::singleShot(0, [&] {
+        dialog = new MProgress(panel, kind);
+        dialog->exec();
+        gone.release();
+        QCoreApplication::quit();
+    });
+    QCoreApplication::exec();
+    QVERIFY(dialog.isNull());
+    if (quits) {
+        delete panel;
+    }
+    QCOMPARE(answers.seen().size(), 1);
+    QCOMPARE(dir.exists("a"), kind == OpCopy); // the first answer did what it says
+    QCOMPARE(dir.read("b"), QByteArray("new b"));
+    QCOMPARE(dir.read("to/b"), QByteArray("old b"));
 }
 
 void TestMProgress::onTheStack()
