@@ -49,6 +49,36 @@ private:
     int m_number;
 };
 
+/// A folder that is held to be told again by, whatever its path leads to meanwhile. Nothing is read from it.
+class HeldFolder
+{
+public:
+    /// @param path folder, or link to one; where it cannot be opened, no folder is held
+    explicit HeldFolder(const char* path)
+        : m_folder(::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC))
+    {
+    }
+
+    bool isHeld() const { return m_folder.number() >= 0; }
+
+    /// @return whether @p path leads to this very folder; else errno tells why, ENOTDIR where something else
+    ///         is there
+    bool isAt(const char* path) const
+    {
+        struct stat own;
+        struct stat found;
+        if (::fstat(m_folder.number(), &own) != 0 || ::stat(path, &found) != 0) {
+            return false;
+        }
+        const bool isSame = own.st_dev == found.st_dev && own.st_ino == found.st_ino;
+        errno = isSame ? errno : ENOTDIR;
+        return isSame;
+    }
+
+private:
+    Descriptor m_folder;
+};
+
 /// A folder that is being listed.
 class FolderListing
 {

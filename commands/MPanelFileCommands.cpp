@@ -3,6 +3,7 @@
 #include "panel/MPanel.h"
 
 #include "app/MessageBoxes.h"
+#include "app/PosixHandles.h"
 #include "app/TextHelpers.h"
 #include "app/WindowSystem.h"
 #include "app/aGlobal.h"
@@ -20,6 +21,7 @@
 #include <QPointer>
 #include <QVector>
 
+#include <memory>
 #include <sys/stat.h>
 
 namespace {
@@ -27,15 +29,27 @@ namespace {
 /// How long a window manager may take to give the keyboard to a window, in milliseconds.
 constexpr int momentMs = 1000;
 
+/// @return the folder that the pending items are in, which is one for all; null where there are none
+std::shared_ptr<const HeldFolder> folderOfItems()
+{
+    if (gslDragList.isEmpty()) {
+        return nullptr;
+    }
+    const QByteArray item = gslDragList.constFirst().toUtf8();
+    const QByteArray above = item.left(item.lastIndexOf('/'));
+    return std::make_shared<const HeldFolder>(above.isEmpty() ? "/" : above.constData());
+}
+
 /// Asks, and runs the pending operation if the answer is Yes.
 void askAndRun(QWidget* parent, const QString& question, int kind)
 {
     const OneOperation here;
+    const std::shared_ptr<const HeldFolder> folder = folderOfItems(); // before there is time to swap it
     if (!questionBox(parent, gsProduct, question)) {
         return;
     }
     const QPointer<MProgress> progress
-        = new MProgress(parent, kind); // frees itself when it has been executed
+        = new MProgress(parent, kind, folder); // frees itself when it has been executed
     progress->exec();
     // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
     askForKeyboard(parent->window());

@@ -20,15 +20,24 @@ bool isListingOf(const FolderListing& entries, const QByteArray& path)
     return entries.isOpen() && entries.isAt(path.constData());
 }
 
-/// @return whether a path still leads into the folder that its entry was found in; else errno tells why
-bool leadsInto(const FolderListing* folder, const QByteArray& path)
+} // namespace
+
+/// @param folder the open folder that the entry was found in; null for an item that the user has chosen
+/// @return whether a path still leads into that folder; else errno tells why
+bool ProgressWorker::leadsInto(const FolderListing* folder, const QByteArray& path) const
 {
-    return folder == nullptr || isListingOf(*folder, path.left(path.lastIndexOf('/')));
+    const QByteArray above = path.left(path.lastIndexOf('/'));
+    if (folder != nullptr) {
+        return isListingOf(*folder, above);
+    }
+    return itemsFolder == nullptr || !itemsFolder->isHeld()
+        || itemsFolder->isAt(above.isEmpty() ? "/" : above.constData());
 }
 
 /// Looks at an entry of an open folder.
 /// @return whether its path leads to it; else errno tells why
-bool lookAt(const QByteArray& path, const dirent& entry, const FolderListing& folder, struct stat& info)
+bool ProgressWorker::lookAt(
+    const QByteArray& path, const dirent& entry, const FolderListing& folder, struct stat& info) const
 {
     if (::lstat(path.constData(), &info) != 0) {
         return false;
@@ -36,8 +45,6 @@ bool lookAt(const QByteArray& path, const dirent& entry, const FolderListing& fo
     // Where the folder tells another number, as for a mounted file system, the folder itself is compared.
     return info.st_ino == entry.d_ino || leadsInto(&folder, path);
 }
-
-} // namespace
 
 /// @param folder the open folder that the item was found in; null for an item that the user has chosen
 void ProgressWorker::deleteItem(const QByteArray& path, const FolderListing* folder)
@@ -126,7 +133,7 @@ bool ProgressWorker::mayDelete(const QByteArray& path)
 void ProgressWorker::removeRepeatedly(
     const char* prefix, const QByteArray& path, const FolderListing* folder, bool seenJustNow)
 {
-    bool isThere = seenJustNow || leadsInto(folder, path);
+    bool isThere = (seenJustNow && folder != nullptr) || leadsInto(folder, path);
     while (!isThere || ::remove(path.constData()) != 0) {
         if (report(prefix, path, errno) != AnswerRetry) {
             return;

@@ -13,6 +13,8 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <utility>
+
 namespace {
 
 constexpr int refreshIntervalMs = 100;
@@ -44,7 +46,7 @@ struct MProgress::Choices
     int third;
 };
 
-MProgress::MProgress(QWidget* parent, int operationKind)
+MProgress::MProgress(QWidget* parent, int operationKind, std::shared_ptr<const HeldFolder> itemsFolder)
     : QDialog(parent)
     , panel(parent)
     , kind(operationKind)
@@ -61,6 +63,7 @@ MProgress::MProgress(QWidget* parent, int operationKind)
 
     auto* worker = new ProgressWorker(this); // owned by the thread below
     worker->panel = parent;
+    worker->itemsFolder = std::move(itemsFolder);
     work = std::make_unique<WorkerThread>(worker, this);
 }
 

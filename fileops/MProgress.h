@@ -6,6 +6,7 @@
 #include <atomic>
 #include <memory>
 
+class HeldFolder;
 class WorkerThread;
 namespace Ui {
 class MProgress;
@@ -45,7 +46,9 @@ class MProgress : public QDialog
 public:
     /// @param parent the panel that the operation was started in; only a parent, nothing else is known of it
     /// @param kind OperationKind; any other number counts the items and does nothing
-    MProgress(QWidget* parent, int kind);
+    /// @param itemsFolder the folder that the items were chosen in: what a deletion finds in another one that
+    ///        stands in its place is kept, and told. Null where nothing is known of it
+    MProgress(QWidget* parent, int kind, std::shared_ptr<const HeldFolder> itemsFolder = nullptr);
     ~MProgress() override;
 
     /// Runs the dialog until the operation has ended, and frees the dialog once control is back in the event

@@ -5,12 +5,15 @@
 #include <QString>
 
 #include <cstddef>
+#include <memory>
 #include <sys/types.h>
 
 class Descriptor;
 class FolderListing;
+class HeldFolder;
 class MProgress;
 class QWidget;
+struct dirent;
 struct stat;
 
 /// The work of a copy, move or delete, on a thread of its own. It reads and writes the fields of its dialog
@@ -45,6 +48,7 @@ public:
 
     MProgress* dialog;
     QWidget* panel = nullptr; ///< where the operation was started
+    std::shared_ptr<const HeldFolder> itemsFolder; ///< that the items to delete were chosen in; may be null
     QString sourceBase; ///< gsDragBase when the copy or move began
     QString destinationBase; ///< gsDropBase when the copy or move began, for a copy with "/" at its end
 
@@ -106,6 +110,9 @@ private:
     void deleteEntry(const QByteArray& path, const struct stat& info, const FolderListing& folder);
     void deleteFile(const QByteArray& path, const FolderListing* folder = nullptr);
     bool mayDelete(const QByteArray& path);
+    bool leadsInto(const FolderListing* folder, const QByteArray& path) const;
+    bool lookAt(
+        const QByteArray& path, const dirent& entry, const FolderListing& folder, struct stat& info) const;
     void removeRepeatedly(
         const char* prefix, const QByteArray& path, const FolderListing* folder, bool seenJustNow);
 };

@@ -10,6 +10,7 @@
 #include "tests/support/TestMain.h"
 #include "tests/support/TypedAnswers.h"
 
+#include <QDir>
 #include <QPushButton>
 
 /// What the commands that copy, move and delete have in common, and the one that deletes.
@@ -31,6 +32,8 @@ private slots:
     void deleteTreeFolder();
     void deleteWithoutFocus();
     void deleteFillsThePendingOperation();
+    void folderSwappedWhileAsked_data();
+    void folderSwappedWhileAsked();
 
     void bothPanelsShowTheTruth_data();
     void bothPanelsShowTheTruth();
@@ -183,6 +186,45 @@ void TestMPanelFileCommands::deleteFillsThePendingOperation()
     QCOMPARE(panel->selectedPaths, expected);
     QCOMPARE(gsDragBase, QStringLiteral("base before"));
     QCOMPARE(gsDropBase, QStringLiteral("/target before"));
+}
+
+void TestMPanelFileCommands::folderSwappedWhileAsked_data()
+{
+    QTest::addColumn<QStringList>("items");
+    QTest::addColumn<int>("boxesBefore");
+    QTest::addColumn<QString>("failure");
+    const QString file = QStringLiteral("Error deleting file:\n");
+    const QString folder = QStringLiteral("Error accessing directory:\n");
+    QTest::newRow("one file, confirmation") << QStringList{"a.txt"} << 0 << file;
+    QTest::newRow("two files, confirmation") << QStringList{"a.txt", "b.txt"} << 0 << file;
+    QTest::newRow("two files, first question") << QStringList{"a.txt", "b.txt"} << 1 << file;
+    QTest::newRow("two files, second question") << QStringList{"a.txt", "b.txt"} << 2 << file;
+    QTest::newRow("folder, confirmation") << QStringList{"sub"} << 0 << folder;
+}
+
+// What stands in a folder that has taken the place of the chosen items' own was never chosen.
+void TestMPanelFileCommands::folderSwappedWhileAsked()
+{
+    QFETCH(QStringList, items);
+    QFETCH(int, boxesBefore);
+    QFETCH(QString, failure);
+    dir->file(QStringLiteral("victim/a.txt"), "1");
+    dir->file(QStringLiteral("victim/b.txt"), "2");
+    dir->file(QStringLiteral("victim/sub/inner.txt"), "3");
+    const QStringList before = dir->tree(QStringLiteral("victim"));
+    select(panel, items);
+    BoxAnswers boxes;
+    for (int i = 0; i < boxesBefore; ++i) {
+        boxes.click(yes);
+    }
+    boxes.meanwhile([this] {
+        QVERIFY(QDir().rename(from, dir->path(QStringLiteral("aside"))));
+        dir->link(QStringLiteral("root/from"), dir->path(QStringLiteral("victim")));
+    });
+    boxes.click(yes).otherwise({yes, QStringLiteral("Ignore")});
+    panel->DoAction(CommandDelete, QString(), QString());
+    QCOMPARE(dir->tree(QStringLiteral("victim")), before);
+    QCOMPARE(boxes.texts().filter(failure + from).isEmpty(), false);
 }
 
 void TestMPanelFileCommands::bothPanelsShowTheTruth_data()
