@@ -56,7 +56,11 @@ void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& gl
         }
     }
     const MenuChoice choice(&menu);
+    const QString shown = currentPath;
     menu.exec(globalPos);
+    if (currentPath != shown) {
+        return; // the folder went while the menu was open: what was meant is not there any more
+    }
     if (const QAction* chosen = choice.entry()) {
         DoAction(chosen->data().toInt(), contextPath, chosen->statusTip());
     }

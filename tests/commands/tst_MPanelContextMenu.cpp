@@ -6,7 +6,10 @@
 #include "tests/support/StandIn.h"
 #include "tests/support/TestMain.h"
 
+#include <QClipboard>
 #include <QDialog>
+#include <QDir>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QPointer>
 
@@ -51,6 +54,7 @@ private slots:
     void chosenEntryPassesItsOwnCode();
     void chosenByKeyboard();
     void unknownCodeDoesNothing();
+    void folderGoneMeanwhileRunsNothing();
     void dismissedRunsNothing_data();
     void dismissedRunsNothing();
 };
@@ -323,6 +327,22 @@ void TestMPanelContextMenu::unknownCodeDoesNothing()
     panel->ShowContextMenu(QStringLiteral("/x"), 0, somewhere);
     panel->DoAction(CommandTerminal, QString(), program.path() + QStringLiteral(" control"));
     QCOMPARE(program.next().arguments, QStringList{QStringLiteral("control")});
+}
+
+void TestMPanelContextMenu::folderGoneMeanwhileRunsNothing()
+{
+    panel->setTreePath(root + QStringLiteral("/alpha/inner"));
+    QTRY_COMPARE(panel->currentPath, root + QStringLiteral("/alpha/inner"));
+    gstMenu = {entry(QStringLiteral("Only"), QStringLiteral("|*|"), CommandClipboard)};
+    QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+    ModalAnswers answers;
+    answers.meet<QMenu>([this](QMenu* menu) {
+        QVERIFY(QDir(root + QStringLiteral("/alpha/inner")).removeRecursively());
+        QTRY_COMPARE(panel->currentPath, root + QStringLiteral("/alpha"));
+        choose(menu, 0);
+    });
+    panel->ShowContextMenu(QStringLiteral("/x/y.txt"), 0, QPoint(10, 10));
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
 }
 
 void TestMPanelContextMenu::dismissedRunsNothing_data()
