@@ -13,6 +13,7 @@
 #include <QDesktopServices>
 #include <QEvent>
 #include <QHeaderView>
+#include <QPointer>
 #include <QScrollBar>
 #include <QUrl>
 
@@ -173,15 +174,19 @@ void MPanel::treeEntriesGone(const QString& folder, const QStringList& names)
 
 void MPanel::leaveGoneFolder()
 {
+    // A link to a folder is none of the tree's, unless it is the root.
+    const auto isShown = [this](const QFileInfo& info) {
+        return info.isDir() && (info.filePath() == rootPath || !info.isSymLink());
+    };
     QString path = currentPath;
-    while (!QFileInfo(path).isDir() && path.length() > rootPath.length()) {
+    while (!isShown(QFileInfo(path)) && path.length() > rootPath.length()) {
         path = xs_UpOneLevel(path);
     }
     if (!QFileInfo(path).isDir()) {
         rootReturn->waitFor(rootPath); // not even the root is there: the views are empty
         return;
     }
-    QWidget* focused = window()->focusWidget();
+    const QPointer<QWidget> focused(window()->focusWidget());
     if (path != currentPath) {
         setTreePath(path);
     }
@@ -205,25 +210,29 @@ void MPanel::treeRootGone()
 
 void MPanel::showRootAgain()
 {
-    QWidget* focused = window()->focusWidget();
+    const QPointer<QWidget> focused(window()->focusWidget());
     setTreeRoot(rootPath);
     leaveFocusTo(focused);
 }
 
-/// Who works in the other panel goes on there, whatever happens to the folder of this one.
+/// Who works in the other panel goes on there, whatever happens to the folder of this one. Who works in this
+/// listing stays in it: in the tree, the next key would mean the whole folder that is shown instead.
 void MPanel::leaveFocusTo(QWidget* focused)
 {
-    if (focused != nullptr && !isAncestorOf(focused)) {
+    if (focused != nullptr) {
         focused->setFocus(Qt::OtherFocusReason);
     }
 }
 
 void MPanel::reloadList()
 {
+    if (!QFileInfo(currentPath).isDir()) {
+        leaveGoneFolder();
+        return;
+    }
     const int place = list->verticalScrollBar()->value();
-    const QHeaderView* header = list->horizontalHeader();
-    const int section = header->sortIndicatorSection();
-    const Qt::SortOrder order = header->sortIndicatorOrder();
+    const int section = listModel->sortColumn();
+    const Qt::SortOrder order = listModel->sortOrder();
     newListModel();
     listModel->sort(section, order);
     list->setRootIndex(listModel->setRootPath(currentPath));

@@ -35,6 +35,9 @@ public:
     bool canFetchMore(const QModelIndex& parent) const override;
     void fetchMore(const QModelIndex& parent) override;
     void sort(int column, Qt::SortOrder order) override;
+    /// @return what the rows are sorted by, which is not what a header shows that was never clicked
+    int sortColumn() const { return m_sortColumn; }
+    Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
     /// Counts the loaded entries of a folder; no disk access, no recursion.
     /// @param path the folder

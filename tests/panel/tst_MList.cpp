@@ -43,6 +43,7 @@ private slots:
     void startChangeWatcherConnects();
     void accessibleName();
     void placeIsKept();
+    void orderIsKept();
 
 private:
     MList* list() const { return panel->list; }
@@ -261,6 +262,19 @@ void TestMList::placeIsKept()
     panel->reloadList();
     QTRY_COMPARE(listNames(panel).size(), 303);
     QTRY_COMPARE(list()->verticalScrollBar()->value(), 100);
+}
+
+// The header shows another order until it is clicked.
+void TestMList::orderIsKept()
+{
+    dir->files(QStringLiteral("."), 20);
+    QTRY_COMPARE(listNames(panel).size(), 23);
+    for (int clicks = 0; clicks < 3; ++clicks) {
+        const QStringList before = listNames(panel);
+        panel->reloadList();
+        QTRY_COMPARE(listNames(panel), before);
+        panel->headerClicked(0);
+    }
 }
 
 VANTREL_TEST_MAIN(TestMList)

@@ -115,6 +115,8 @@ private slots:
     void mishaps();
     void madeAnewAtOnce();
     void focusStaysWhenTheFolderIsGone();
+    void focusStaysInTheListing();
+    void goneWhenItIsToBeReadAnew();
     void madeBetweenWatchAndReading();
     void madeUnreadable();
     void unmounted();
@@ -143,6 +145,8 @@ void TestShownFolder::mishaps_data()
                                         << "a/b";
     QTest::newRow("replaced by a link to nothing") << "dangling"
                                                    << "a/b";
+    QTest::newRow("replaced by a link to a folder") << "linked"
+                                                    << "a/b";
     QTest::newRow("emptied") << "emptied"
                              << "a/b/shown";
     QTest::newRow("replaced by another folder") << "another"
@@ -170,11 +174,18 @@ void TestShownFolder::mishaps()
     } else if (what == "emptied") {
         QVERIFY(QDir(shown).removeRecursively() && QDir().mkdir(shown));
     } else {
+        // One that the tree would go on to.
+        dir->folder(QStringLiteral("a/b/zother"));
+        for (MPanel* each : {panel, other.get()}) {
+            QVERIFY(waitForTreeRow(each, dir->path(QStringLiteral("a/b/zother"))));
+        }
         QVERIFY(QDir().rename(shown, dir->path(QStringLiteral("aside"))));
         if (what == "file") {
             dir->file(QStringLiteral("a/b/shown"), "a file");
         } else if (what == "dangling") {
             dir->link(QStringLiteral("a/b/shown"), QStringLiteral("nothing"));
+        } else if (what == "linked") {
+            dir->link(QStringLiteral("a/b/shown"), dir->path(QStringLiteral("to")));
         } else {
             dir->file(QStringLiteral("a/b/shown/f"), "longer");
             dir->file(QStringLiteral("a/b/shown/new"), "n");
@@ -217,6 +228,29 @@ void TestShownFolder::focusStaysWhenTheFolderIsGone()
     QVERIFY(QDir().rmdir(gone));
     QTRY_COMPARE(panel->currentPath, dir->path(QStringLiteral("a/b")));
     QVERIFY(other->list->hasFocus());
+}
+
+// In the tree the next key would mean the whole folder above.
+void TestShownFolder::focusStaysInTheListing()
+{
+    open(panel, QStringLiteral("a/b/shown"));
+    panel->list->setFocus();
+    QVERIFY(panel->list->hasFocus());
+    QVERIFY(QDir(panel->currentPath).removeRecursively());
+    QTRY_COMPARE(panel->currentPath, dir->path(QStringLiteral("a/b")));
+    QVERIFY(showsTheDisk(panel, panel->currentPath));
+    QVERIFY(panel->list->hasFocus());
+    panel->getSelection();
+    QCOMPARE(panel->selectedPaths, QStringList());
+}
+
+void TestShownFolder::goneWhenItIsToBeReadAnew()
+{
+    open(panel, QStringLiteral("a/b/shown"));
+    QVERIFY(QDir(panel->currentPath).removeRecursively());
+    panel->reloadList();
+    QCOMPARE(panel->currentPath, dir->path(QStringLiteral("a/b")));
+    QVERIFY(showsTheDisk(panel, panel->currentPath));
 }
 
 void TestShownFolder::madeBetweenWatchAndReading()
