@@ -4,6 +4,16 @@
 
 #include <cstdlib>
 
+void fillStandardDescriptors()
+{
+    for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (::fcntl(descriptor, F_GETFD) < 0) {
+            // Gets this number, the lowest that is free.
+            ::open("/dev/null", O_RDWR); // NOLINT(android-cloexec-open): launched programs get it
+        }
+    }
+}
+
 void keepInheritedDescriptors()
 {
     FolderListing descriptors("/proc/self/fd");

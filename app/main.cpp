@@ -80,6 +80,7 @@ QIcon loadIcon(const QString& fileName)
 
 int main(int argc, char** argv)
 {
+    fillStandardDescriptors();
     keepInheritedDescriptors();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

@@ -49,6 +49,8 @@ class TestMainFunction : public QObject
 private slots:
     void init();
 
+    void closedDescriptorsAreFilled_data();
+    void closedDescriptorsAreFilled();
     void runsUntilTheWindowIsClosed();
     void returnsTheExitCode();
     void signalsEndItInGoodOrder_data();
@@ -80,6 +82,46 @@ void TestMainFunction::init()
     whileMade = nullptr;
     inLoop = nullptr;
     resetSettings();
+}
+
+// The first of the tests: no thread of a run before it may open something in the meantime.
+void TestMainFunction::closedDescriptorsAreFilled_data()
+{
+    QTest::addColumn<QVector<int>>("closed");
+    QTest::newRow("error") << QVector<int>{STDERR_FILENO};
+    QTest::newRow("input and error") << QVector<int>{STDIN_FILENO, STDERR_FILENO};
+    QTest::newRow("all") << QVector<int>{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+}
+
+void TestMainFunction::closedDescriptorsAreFilled()
+{
+    QFETCH(QVector<int>, closed);
+    const TestDir home;
+    home.file(settings);
+    QVector<int> saved;
+    for (const int descriptor : closed) {
+        saved.append(::fcntl(descriptor, F_DUPFD_CLOEXEC, 10));
+    }
+    for (const int descriptor : closed) {
+        ::close(descriptor);
+    }
+    QStringList files;
+    QVector<int> flags;
+    const int code = run(home, [&] {
+        for (const int descriptor : closed) {
+            files.append(QFile::symLinkTarget(QStringLiteral("/proc/self/fd/%1").arg(descriptor)));
+            flags.append(::fcntl(descriptor, F_GETFD));
+        }
+    });
+    for (int i = 0; i < closed.size(); ++i) {
+        ::dup2(saved.at(i), closed.at(i));
+        ::close(saved.at(i));
+    }
+    QCOMPARE(code, 0);
+    for (int i = 0; i < closed.size(); ++i) {
+        QCOMPARE(files.at(i), QStringLiteral("/dev/null"));
+        QCOMPARE(flags.at(i), 0); // launched programs get it
+    }
 }
 
 void TestMainFunction::runsUntilTheWindowIsClosed()
