@@ -34,11 +34,12 @@ void lookUpFacts(const QFileInfo& info)
 } // namespace
 
 FolderReadJob::FolderReadJob(QString folder, bool foldersOnly, std::unique_ptr<const FolderEntries> before,
-    std::shared_ptr<const std::atomic<bool>> abandoned)
+    std::shared_ptr<const std::atomic<bool>> abandoned, quint64 serial)
     : m_folder(std::move(folder))
     , m_foldersOnly(foldersOnly)
     , m_before(std::move(before))
     , m_abandoned(std::move(abandoned))
+    , m_serial(serial)
 {
     setAutoDelete(true);
 }
@@ -62,7 +63,7 @@ void FolderReadJob::run()
         } else {
             compareFolderEntries(*m_before, reading);
         }
-        emit done(reading, clock.elapsed());
+        emit done(reading, clock.elapsed(), m_serial);
     }
 }
 
@@ -100,5 +101,5 @@ void FolderReadJob::showFirstPart(const FolderEntries& soFar, qint64 elapsedMs)
     countFolderEntries(part);
     part.changed = part.entries;
     m_before = std::make_unique<const FolderEntries>(part.entries);
-    emit done(part, elapsedMs);
+    emit done(part, elapsedMs, m_serial);
 }

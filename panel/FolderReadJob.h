@@ -18,14 +18,15 @@ public:
     /// @param foldersOnly leave out everything but real folders
     /// @param before entries of the last reading, compared with what is found; null for a first reading
     /// @param abandoned shared flag; once set the job ends without a result
+    /// @param serial number that its results bear
     FolderReadJob(QString folder, bool foldersOnly, std::unique_ptr<const FolderEntries> before,
-        std::shared_ptr<const std::atomic<bool>> abandoned);
+        std::shared_ptr<const std::atomic<bool>> abandoned, quint64 serial = 0);
 
     void run() override;
 
 signals:
     /// Emitted on the pool's thread: once, after an optional incomplete reading of a slow folder.
-    void done(const FolderReading& reading, qint64 tookMs);
+    void done(const FolderReading& reading, qint64 tookMs, quint64 serial);
 
 private:
     bool wanted() const { return !m_abandoned->load(std::memory_order_relaxed); }
@@ -36,5 +37,6 @@ private:
     bool m_foldersOnly;
     std::unique_ptr<const FolderEntries> m_before;
     std::shared_ptr<const std::atomic<bool>> m_abandoned;
+    quint64 m_serial;
     bool m_firstPartDecided = false;
 };

@@ -79,11 +79,12 @@ void FolderReader::start(const QString& folder, Folder& state)
 {
     state.running = true;
     state.due = false;
+    state.serial = ++m_lastSerial;
     auto before = state.read ? std::make_unique<const FolderEntries>(state.entries) : nullptr;
     // Owned by the pool, which deletes it when it has run.
-    auto* job = new FolderReadJob(folder, m_foldersOnly, std::move(before), m_abandoned);
-    connect(job, SIGNAL(done(FolderReading, qint64)), this, SLOT(takeReading(FolderReading, qint64)),
-        Qt::QueuedConnection);
+    auto* job = new FolderReadJob(folder, m_foldersOnly, std::move(before), m_abandoned, state.serial);
+    connect(job, SIGNAL(done(FolderReading, qint64, quint64)), this,
+        SLOT(takeReading(FolderReading, qint64, quint64)), Qt::QueuedConnection);
     readerPool().start(job);
 }
 
@@ -103,11 +104,11 @@ void FolderReader::folderChanged(const QString& folder)
     }
 }
 
-void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs)
+void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quint64 serial)
 {
     const auto state = m_folders.find(reading.folder);
-    if (state == m_folders.end()) {
-        return;
+    if (state == m_folders.end() || state->serial != serial) {
+        return; // forgotten since it was started, and perhaps asked for again
     }
     state->entries = reading.entries;
     state->read = true;

@@ -44,7 +44,7 @@ signals:
 
 private slots:
     void folderChanged(const QString& folder);
-    void takeReading(const FolderReading& reading, qint64 tookMs);
+    void takeReading(const FolderReading& reading, qint64 tookMs, quint64 serial);
     void readDueFolders();
 
 private:
@@ -53,6 +53,7 @@ private:
         FolderEntries entries;
         bool read = false; ///< `entries` holds a reading
         bool running = false; ///< a job is under way
+        quint64 serial = 0; ///< of the job that was started last
         bool due = false; ///< to be read again
         qint64 tookMs = 0; ///< duration of the last reading
         QElapsedTimer since; ///< time since the last reading ended
@@ -62,6 +63,7 @@ private:
     void wakeDueTimer();
 
     bool m_foldersOnly = false;
+    quint64 m_lastSerial = 0; ///< a folder that was forgotten and asked for again gets new numbers
     QHash<QString, Folder> m_folders;
     FolderWatch* m_watch; ///< child of this
     QTimer m_dueTimer;

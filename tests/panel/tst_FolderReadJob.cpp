@@ -40,6 +40,7 @@ private slots:
     void notWantedAnyMore();
     void isNoFolder();
     void eightSlowFoldersAtOnce();
+    void readingFromBeforeTheFolderWasForgotten();
 
 private:
     QVector<Told> read(const QString& folder, const FolderEntries* before = nullptr) const;
@@ -159,6 +160,39 @@ void TestFolderReadJob::eightSlowFoldersAtOnce()
     QTRY_COMPARE(done, folders);
     QVERIFY(eightCame);
     QCOMPARE(threads, 8);
+}
+
+// The older reading ends after the newer one was told.
+void TestFolderReadJob::readingFromBeforeTheFolderWasForgotten()
+{
+    QSemaphore reached;
+    QSemaphore mayGoOn;
+    FaultShim shim(m_dir.path());
+    // All entries are known to it by then: the call is the one that finds the end.
+    shim.before("readdir", QStringLiteral("folder"), 8, [&reached, &mayGoOn] {
+        reached.release();
+        mayGoOn.acquire();
+    });
+    FolderReader reader(nullptr);
+    QVector<QStringList> told;
+    connect(&reader, &FolderReader::readingDone, this,
+        [&told](const FolderReading& reading) { told.append(namesIn(reading.entries)); });
+    reader.read(m_folder);
+    const bool held = reached.tryAcquire(1, 10000);
+    reader.forget(m_folder);
+    const bool changed = QFile::remove(m_folder + "/file0.txt") && QFile::remove(m_folder + "/file1.txt");
+    reader.read(m_folder);
+    const QStringList names{"..", "file2.txt", "file3.txt", "file4.txt"};
+    const bool newCame = QTest::qWaitFor([&told, &names] { return told == QVector<QStringList>{names}; });
+    mayGoOn.release();
+    QVERIFY(held && changed && newCame);
+    QTRY_COMPARE(shim.count("closedir", QStringLiteral("folder")), 2);
+    QTRY_VERIFY(otherThreadsWait());
+    QCoreApplication::processEvents();
+    QCOMPARE(told.size(), 1);
+    m_dir.file(QStringLiteral("folder/later"));
+    QTRY_COMPARE(told.size(), 2);
+    QCOMPARE(told.constLast().size(), 5);
 }
 
 VANTREL_TEST_MAIN(TestFolderReadJob)
