@@ -144,6 +144,7 @@ private:
     void moveSplitter(int steps);
     void resizeColumn(int pixels);
     void leaveFocusTo(QWidget* focused);
+    bool listCurrentPath();
     void noteLastPath(const QString& path);
     void openFile(const QString& path, const QString& name);
     QString associatedCommand(const QString& name);

@@ -48,9 +48,7 @@ void MPanel::treeRowChanged(QString path)
 {
     currentPath = path;
     newListModel();
-    // The base class would show its working folder for a path that is no folder.
-    const bool isFolder = QFileInfo(path).isDir();
-    list->setRootIndex(isFolder ? listModel->setRootPath(path) : QModelIndex());
+    const bool isFolder = listCurrentPath();
     tree->setFocus(Qt::OtherFocusReason);
     tree->showCurrent(treeModel->index(path));
     tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
@@ -60,6 +58,15 @@ void MPanel::treeRowChanged(QString path)
     if (!isFolder) {
         showCounts(path, 0, 0, 0); // nothing will be loaded: the counts of the folder before must not stay
     }
+}
+
+/// @return whether it is a folder; else the listing is empty
+bool MPanel::listCurrentPath()
+{
+    // The base class would show its working folder for a path that is no folder.
+    const bool isFolder = QFileInfo(currentPath).isDir();
+    list->setRootIndex(isFolder ? listModel->setRootPath(currentPath) : QModelIndex());
+    return isFolder;
 }
 
 void MPanel::noteLastPath(const QString& path)
@@ -228,15 +235,20 @@ void MPanel::reloadList()
 {
     if (!QFileInfo(currentPath).isDir()) {
         leaveGoneFolder();
-        return;
+        if (QFileInfo(currentPath).isDir()) {
+            return; // else the root is gone, and nothing is to be listed
+        }
     }
     const int place = list->verticalScrollBar()->value();
     const int section = listModel->sortColumn();
     const Qt::SortOrder order = listModel->sortOrder();
     newListModel();
-    listModel->sort(section, order);
-    list->setRootIndex(listModel->setRootPath(currentPath));
-    list->placeWhenLoaded(place);
+    if (listCurrentPath()) {
+        listModel->sort(section, order);
+        list->placeWhenLoaded(place);
+    } else {
+        showCounts(currentPath, 0, 0, 0); // nothing will be loaded
+    }
 }
 
 void MPanel::refresh()

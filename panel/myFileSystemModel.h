@@ -65,7 +65,7 @@ signals:
     /// The root folder itself is gone. Whoever replaces the model for it must not do so directly.
     void rootGone(const QString& folder);
     /// So many rows are to go that a new model is cheaper than this one. Nothing is removed if somebody is
-    /// connected.
+    /// connected. Comes before rootGone() where they are those of the root folder that is gone.
     void reloadWanted();
 
 protected:
@@ -81,6 +81,7 @@ private:
     QVariant displayText(const QModelIndex& index) const;
     QIcon icon(const QModelIndex& index) const;
     void dropFolder(const QString& folder);
+    bool leavesRemoval(int rows, int removed);
     bool dropRows(const FolderReading& reading);
     void feedSlice(const FolderReading& reading, int count);
     void endFeed();

@@ -101,21 +101,33 @@ void myFileSystemModel::dropFolder(const QString& folder)
     if (!index(folder).isValid()) {
         return; // its row went before; the base class would take the top's rows for the folder's
     }
-    baseSlots().listed.invoke(
-        this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
-    emit directoryLoaded(folder);
+    const int rows = rowCount(index(folder));
+    if (!isRoot || !leavesRemoval(rows, rows)) {
+        baseSlots().listed.invoke(
+            this, Qt::DirectConnection, Q_ARG(QString, folder), Q_ARG(QStringList, QStringList()));
+        emit directoryLoaded(folder);
+    }
     if (isRoot) {
         emit rootGone(folder);
     }
 }
 
+/// Asks for a new model instead where removing rows would take long.
+/// @return whether somebody hears that, and nothing is to be removed
+bool myFileSystemModel::leavesRemoval(int rows, int removed)
+{
+    if (qint64(rows) * removed <= costlyRemovals
+        || !isSignalConnected(QMetaMethod::fromSignal(&myFileSystemModel::reloadWanted))) {
+        return false;
+    }
+    emit reloadWanted();
+    return true;
+}
+
 bool myFileSystemModel::dropRows(const FolderReading& reading)
 {
     const QModelIndex parent = index(reading.folder);
-    const int rows = rowCount(parent);
-    if (qint64(rows) * reading.removed.size() > costlyRemovals
-        && isSignalConnected(QMetaMethod::fromSignal(&myFileSystemModel::reloadWanted))) {
-        emit reloadWanted();
+    if (leavesRemoval(rowCount(parent), reading.removed.size())) {
         return false;
     }
     emit entriesGone(reading.folder, reading.removed);

@@ -8,6 +8,9 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QSignalSpy>
+
+#include <functional>
 
 /// What can become of the root of a panel while it is shown.
 class TestShownFolderRoot : public QObject, protected ShownFolderFixture
@@ -25,6 +28,7 @@ private slots:
     void rootThatNeverWas();
     void rootThatOnlyTheTreeMissed();
     void focusStaysInTheOtherPanel();
+    void bigRootIsLeftAtOnce();
 
 private:
     void followsRoot(MPanel* which);
@@ -175,6 +179,30 @@ void TestShownFolderRoot::focusStaysInTheOtherPanel()
     dir->file(QStringLiteral("a/b/NEW"), "new");
     QVERIFY(showsTheDisk(panel, root));
     QVERIFY(other->list->hasFocus());
+}
+
+void TestShownFolderRoot::bigRootIsLeftAtOnce()
+{
+    constexpr int files = 20000;
+    const TestDir memory(TestDir::inMemory());
+    const QString root = memory.folder(QStringLiteral("big"));
+    memory.files(QStringLiteral("big"), files);
+    const auto show = [](int rows) {
+        return [rows](MPanel* each) { return each->listModel->rowCount(each->list->rootIndex()) == rows; };
+    };
+    const auto both = [this](const std::function<bool(MPanel*)>& is) {
+        return QTest::qWaitFor([this, &is] { return is(panel) && is(other.get()); }, 20000);
+    };
+    panel->setTreeRoot(root);
+    other->setTreeRoot(root);
+    QVERIFY(both(show(files + 1)));
+    const QSignalSpy removed(panel->listModel, &QAbstractItemModel::rowsRemoved);
+    QVERIFY(QDir().rename(root, memory.path(QStringLiteral("aside"))));
+    QVERIFY(both(show(0)));
+    QCOMPARE(removed.size(), 0); // each would cost a search through all the others
+    QCOMPARE(panel->folderLabel->text(), root + " has 0 dirs, 0 files, 0 Bytes");
+    QVERIFY(QDir().rename(memory.path(QStringLiteral("aside")), root));
+    QVERIFY(both(show(files + 1)));
 }
 
 VANTREL_TEST_MAIN(TestShownFolderRoot)

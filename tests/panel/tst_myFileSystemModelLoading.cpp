@@ -46,6 +46,8 @@ private slots:
     void entriesGoneComesFirst();
     void manyRemovalsAskForANewModel();
     void manyRemovalsWithoutListener();
+    void bigRootGone_data();
+    void bigRootGone();
     void refreshShowsUnseenChanges();
     void unreadableFolder();
     void testerOnTree();
@@ -433,6 +435,29 @@ void TestmyFileSystemModelLoading::manyRemovalsWithoutListener()
         QVERIFY(QFile::remove(dir->path(QStringLiteral("f%1").arg(i))));
     }
     QTRY_COMPARE(model->rowCount(root), 11);
+}
+
+void TestmyFileSystemModelLoading::bigRootGone_data()
+{
+    QTest::addColumn<bool>("isHeard");
+    QTest::newRow("somebody makes a new model") << true;
+    QTest::newRow("nobody does") << false;
+}
+
+void TestmyFileSystemModelLoading::bigRootGone()
+{
+    QFETCH(bool, isHeard);
+    const QString folder = dir->folder(QStringLiteral("it"));
+    dir->files(QStringLiteral("it"), 4000);
+    load(folder);
+    QStringList told;
+    connect(model, &myFileSystemModel::rootGone, this, [&told] { told.append("gone"); });
+    if (isHeard) {
+        connect(model, &myFileSystemModel::reloadWanted, this, [&told] { told.append("reload"); });
+    }
+    QVERIFY(QDir().rename(folder, dir->path(QStringLiteral("aside"))));
+    QTRY_COMPARE(told, isHeard ? (QStringList{"reload", "gone"}) : QStringList{"gone"});
+    QCOMPARE(model->rowCount(root), isHeard ? 4001 : 0);
 }
 
 void TestmyFileSystemModelLoading::refreshShowsUnseenChanges()
