@@ -20,6 +20,17 @@ bool isListingOf(const FolderListing& entries, const QByteArray& path)
     return entries.isOpen() && entries.isAt(path.constData());
 }
 
+/// @param info facts of the folder that the path leads to; those of an empty path are not looked at
+/// @return whether that is the top of the file system, by whatever path, or nothing is named at all: neither
+/// is
+///         deleted, nor anything in it
+bool isTop(const QByteArray& path, const struct stat& info)
+{
+    struct stat top;
+    return path.isEmpty() || path == "/"
+        || (::lstat("/", &top) == 0 && top.st_dev == info.st_dev && top.st_ino == info.st_ino);
+}
+
 } // namespace
 
 /// @param folder the open folder that the entry was found in; null for an item that the user has chosen
@@ -53,9 +64,13 @@ void ProgressWorker::deleteItem(const QByteArray& path, const FolderListing* fol
     if (aborted()) {
         return;
     }
-    struct stat info;
+    struct stat info = {};
     if (::lstat(path.constData(), &info) == 0 && !S_ISDIR(info.st_mode)) {
         deleteFile(path, folder);
+        return;
+    }
+    if (folder == nullptr && isTop(path, info)) {
+        while (report(folderFailure, path, EBUSY) == AnswerRetry) { }
         return;
     }
     if (deleteEntries(path, folder) && !aborted()) {

@@ -44,6 +44,8 @@ private slots:
     void folderNotRemoved_data();
     void folderNotRemoved();
     void vanishedItemIsTakenForAFolder();
+    void topIsNeverDeleted_data();
+    void topIsNeverDeleted();
     void linksAreRemovedThemselves();
     void specialFiles();
     void namesThatAreNotUtf8();
@@ -335,6 +337,35 @@ void TestDeleteFiles::vanishedItemIsTakenForAFolder()
     QCOMPARE(run.answers.texts(),
         QStringList{"Error accessing directory:\n" + dir.path("gone") + "\n" + reason(ENOENT)});
     QCOMPARE(run.fileCount, 0);
+}
+
+void TestDeleteFiles::topIsNeverDeleted_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::newRow("the top") << "/";
+    QTest::newRow("spelt with a dot") << "/.";
+    QTest::newRow("by a folder in it") << "/proc/..";
+    QTest::newRow("nothing") << "";
+}
+
+/// No call that deletes, or lists what could be deleted, goes through while this runs.
+void TestDeleteFiles::topIsNeverDeleted()
+{
+    QFETCH(QString, item);
+    FaultShim shim("/", true);
+    shim.fail("remove", "*", EPERM, 1, FaultShim::always);
+    shim.fail("opendir", "*", EACCES, 1, FaultShim::always);
+    QVERIFY(::remove("/tmp/vantrel-no-such-file") != 0);
+    QCOMPARE(errno, EPERM); // else the shim is not there, and this would be dangerous
+    const int before = shim.calls().size();
+    OperationRun run(OpDelete, {item});
+    run.answers.click("Retry").click("Ignore");
+    QVERIFY(run.run());
+    const QString report = "Error deleting directory:\n" + item + "\n" + reason(EBUSY);
+    QCOMPARE(run.answers.texts(), (QStringList{report, report}));
+    const QStringList calls = shim.shortCalls(true);
+    QCOMPARE(calls.filter("remove").size(), before);
+    QVERIFY(calls.filter("opendir").size() <= 1); // counting looks at it, nothing else does
 }
 
 void TestDeleteFiles::linksAreRemovedThemselves()
