@@ -10,6 +10,7 @@
 #include "panel/myFileSystemModel.h"
 
 #include <QMenu>
+#include <QPointer>
 
 namespace {
 
@@ -24,6 +25,9 @@ void addEntry(QMenu& menu, const LSMENU& entry)
 
 void MPanel::ShowContextMenuTree(const QPoint& pos)
 {
+    if (!showsFolder()) {
+        return;
+    }
     // The tree's own coordinates here and the viewport's in the listing, on purpose.
     const QPoint globalPos = tree->mapToGlobal(pos);
     const QModelIndex index = tree->indexAt(pos);
@@ -37,6 +41,9 @@ void MPanel::ShowContextMenuTree(const QPoint& pos)
 
 void MPanel::ShowContextMenuList(const QPoint& pos)
 {
+    if (!showsFolder()) {
+        return;
+    }
     const QPoint globalPos = list->viewport()->mapToGlobal(pos);
     const QModelIndex index = list->indexAt(pos);
     contextPath = listModel->filePath(index);
@@ -57,11 +64,13 @@ void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& gl
     }
     const MenuChoice choice(&menu);
     const QString shown = currentPath;
+    const QString item = contextPath;
+    const QPointer<myFileSystemModel> root(treeModel);
     menu.exec(globalPos);
-    if (currentPath != shown) {
+    if (currentPath != shown || root.isNull()) {
         return; // the folder went while the menu was open: what was meant is not there any more
     }
     if (const QAction* chosen = choice.entry()) {
-        DoAction(chosen->data().toInt(), contextPath, chosen->statusTip());
+        DoAction(chosen->data().toInt(), item, chosen->statusTip());
     }
 }

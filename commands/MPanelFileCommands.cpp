@@ -120,14 +120,16 @@ void MPanel::deleteSelected()
 {
     getSelection();
     gslDragList = selectedPaths;
-    askAndRun(this, QStringLiteral("Delete selected files in folder: \n\n") + currentPath, OpDelete);
+    // After a right click in the tree, the rows of the listing are not in the current folder.
+    const QString folder = list->hasFocus() ? listModel->rootPath() : currentPath;
+    askAndRun(this, QStringLiteral("Delete selected files in folder: \n\n") + folder, OpDelete);
 }
 
 MPanel::CopySource MPanel::listSelectionForCopy()
 {
     CopySource source;
     forEachSelectedRow(list, [&](const QModelIndex& row) {
-        const QString name = listModel->data(row, Qt::DisplayRole).toString();
+        const QString name = listModel->entryName(row);
         if (name == QLatin1String("..")) {
             return;
         }
@@ -140,18 +142,19 @@ MPanel::CopySource MPanel::listSelectionForCopy()
 
 void MPanel::copySelected(const QString& path)
 {
-    // Both are asked before the dialog takes the focus; it comes back to the view only some time after.
-    const bool listHadFocus = list->hasFocus();
+    // All is taken before the dialog takes the focus: while it stands the folder can go, and the panel goes
+    // to the one above. It is also what the user saw when the command was given.
     const bool treeHadFocus = tree->hasFocus();
+    const QString folder = currentPath;
+    const CopySource source = list->hasFocus() ? listSelectionForCopy() : CopySource();
     const QString destination = askDestination(this);
     if (destination.isEmpty()) {
         return;
     }
     gsDropBase = destination;
     if (!destination.startsWith(QLatin1Char('/'))) {
-        gsDropBase = currentPath + QLatin1Char('/') + destination;
+        gsDropBase = folder + QLatin1Char('/') + destination;
     }
-    const CopySource source = listHadFocus ? listSelectionForCopy() : CopySource();
     gslDragList = source.paths;
     if (gslDragList.size() == 1 && !source.hasFolder) {
         if (destination.endsWith(QLatin1Char('/'))) {
@@ -161,8 +164,8 @@ void MPanel::copySelected(const QString& path)
         return;
     }
     if (treeHadFocus) {
-        gslDragList.append(currentPath);
-        gsDragBase = xs_UpOneLevel(currentPath);
+        gslDragList.append(folder);
+        gsDragBase = xs_UpOneLevel(folder);
     }
     DoAction(CommandDropCopy, path, QString());
 }

@@ -13,6 +13,7 @@
 #include "tests/support/TestMain.h"
 #include "tests/support/TypedAnswers.h"
 
+#include <QDir>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -35,6 +36,8 @@ private slots:
     void copyFromRoot();
     void copyFromTheTree();
     void copyFromTheTreeRefused();
+    void copyOfAFolderThatGoesMeanwhile();
+    void copyOfRowsThatGoMeanwhile();
     void copyWithoutFocus();
     void copyLooksAtTheFocusBeforeTheDialog();
     void copyOfALinkToAFolder();
@@ -243,6 +246,44 @@ void TestMPanelFileCommandsCopy::copyFromTheTree()
     QCOMPARE(gsDragBase, dir->path(QStringLiteral("root")));
     QCOMPARE(watch.kinds, QList<int>{OpCopy});
     QCOMPARE(dir->tree(QStringLiteral("root/to/from")), dir->tree(QStringLiteral("root/from")));
+}
+
+/// The panel goes to the folder above while the dialog stands: that one was never meant.
+void TestMPanelFileCommandsCopy::copyOfAFolderThatGoesMeanwhile()
+{
+    panel->tree->setFocus();
+    BoxAnswers boxes;
+    boxes.click(yes).click(QStringLiteral("Ignore"));
+    ModalAnswers answers;
+    answers.meet<MCopy>([&](MCopy* dialog) {
+        QVERIFY(QDir(from).removeRecursively());
+        QTRY_COMPARE(panel->currentPath, root);
+        formChild<QLineEdit>(*dialog, "lineEdit").setText(to);
+        formChild<QPushButton>(*dialog, "pushButton_OK").click();
+    });
+    panel->DoAction(CommandCopy, QString(), QString());
+    QCOMPARE(gslDragList, QStringList{from});
+    QCOMPARE(gsDragBase, root);
+    QCOMPARE(boxes.texts().constFirst(), intoFolder + to);
+    QVERIFY(!dir->exists(QStringLiteral("root/to/root")));
+}
+
+void TestMPanelFileCommandsCopy::copyOfRowsThatGoMeanwhile()
+{
+    select(panel, {QStringLiteral("a.txt"), QStringLiteral("b.txt")});
+    BoxAnswers boxes;
+    boxes.click(no);
+    ModalAnswers answers;
+    answers.meet<MCopy>([&](MCopy* dialog) {
+        QVERIFY(QFile::remove(from + "/a.txt"));
+        QTRY_VERIFY(!listIndex(panel, QStringLiteral("a.txt")).isValid());
+        formChild<QLineEdit>(*dialog, "lineEdit").setText(to);
+        formChild<QPushButton>(*dialog, "pushButton_OK").click();
+    });
+    panel->DoAction(CommandCopy, QString(), QString());
+    QCOMPARE(
+        boxes.texts(), QStringList{intoFolder + to}); // two were meant: it does not become a copy to a name
+    QCOMPARE(gslDragList, (QStringList{from + "/a.txt", from + "/b.txt"}));
 }
 
 void TestMPanelFileCommandsCopy::copyFromTheTreeRefused()
