@@ -100,21 +100,19 @@ void MTree::openCurrent()
     const QPersistentModelIndex folder(current);
     panel->on_TreeView_DoubleClicked(current);
     if (opens) {
-        expand(folder.isValid() ? QModelIndex(folder) : panel->treeModel->index(panel->rootPath));
+        expand(folder); // not the root, which stays folded and whose index went with the old model
     }
 }
 
 void MTree::mouseDoubleClickEvent(QMouseEvent* event)
 {
     // The view would toggle the folder after the panel has handled the double-click. One that is folded opens
-    // by that; one that is open stays open, with its subfolders folded up.
-    const bool opens = !isExpanded(indexAt(event->pos()));
-    const QAbstractItemModel* before = model();
-    setExpandsOnDoubleClick(opens);
+    // by that; one that is open stays open, with its subfolders folded up. The root, which the panel shows in
+    // a new model, stays as it was.
+    const QModelIndex folder = indexAt(event->pos());
+    const bool isRoot = panel->treeModel->filePath(folder) == panel->rootPath;
+    setExpandsOnDoubleClick(!isRoot && !isExpanded(folder));
     QTreeView::mouseDoubleClickEvent(event);
-    if (opens && model() != before) {
-        expand(panel->treeModel->index(panel->rootPath)); // the root, whose index went with the old model
-    }
 }
 
 void MTree::nudgeMouse()
