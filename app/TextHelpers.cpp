@@ -1,5 +1,6 @@
 #include "app/TextHelpers.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <array>
@@ -54,6 +55,19 @@ QString xs_UpOneLevel(const QString& path)
         return path;
     }
     return slash == 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+QString cleanAbsolutePath(const QString& path)
+{
+    static const QString above = QStringLiteral("/..");
+    if (path.isEmpty()) {
+        return path;
+    }
+    QString clean = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    while (clean == above || clean.startsWith(above + QLatin1Char('/'))) {
+        clean.remove(0, above.length()); // there is nothing above the top
+    }
+    return clean.isEmpty() ? QStringLiteral("/") : clean;
 }
 
 QString xs_formatPermisions(const QFileInfo& info)

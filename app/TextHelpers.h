@@ -23,6 +23,12 @@ QString FormatBytes(const qint64& bytes);
 /// @return the text before its last "/"; "/" if that is empty; the path itself if it has no "/"
 QString xs_UpOneLevel(const QString& path);
 
+/// @param path a path, spelt anyhow; a relative one starts at the process's working folder
+/// @return the same place as an absolute path without doubled slashes, "." and "..", and without a slash at
+/// its
+///         end. Links stay as they are: nothing is looked up. An empty path stays empty
+QString cleanAbsolutePath(const QString& path);
+
 /// @param info the file
 /// @return its permission bits as octal digits, at least three: "755", "004"; no set-id or sticky bits
 QString xs_formatPermisions(const QFileInfo& info);

@@ -142,7 +142,7 @@ private:
                                                                          : QStringLiteral("..");
         for (int row = 0; row < gwPanel1->listModel->rowCount(root); ++row) {
             const QModelIndex index = gwPanel1->listModel->index(row, 0, root);
-            if (gwPanel1->listModel->fileName(index) == name) {
+            if (gwPanel1->listModel->entryName(index) == name) {
                 gwPanel1->on_ListView_DoubleClicked(index);
                 return;
             }

@@ -9,6 +9,8 @@
 
 #include <QScrollBar>
 
+#include <vector>
+
 namespace {
 
 /// Widths of the columns after the first, in average digits.
@@ -73,11 +75,9 @@ void MList::takePending() const
 {
     gsDragBase = panel->currentPath;
     gslDragList.clear();
-    const QString prefix = panel->listModel->pathPrefix(rootIndex());
-    forEachSelectedRow(this, [&](const QModelIndex& row) {
-        const QString name = panel->listModel->fileName(row);
-        if (name != QLatin1String("..")) {
-            gslDragList.append(prefix + name);
+    forEachSelectedRow(this, [this](const QModelIndex& row) {
+        if (panel->listModel->entryName(row) != QLatin1String("..")) {
+            gslDragList.append(panel->listModel->filePath(row));
         }
     });
 }
@@ -157,15 +157,53 @@ void MList::repaintFocus()
     viewport()->update();
 }
 
-void MList::placeWhenLoaded(int place)
+MList::Place MList::place() const
+{
+    if (!m_placeModel.isNull() && m_placeModel == model()) {
+        return m_place;
+    }
+    Place now;
+    forEachSelectedRow(
+        this, [&](const QModelIndex& row) { now.selected.insert(panel->listModel->entryName(row)); });
+    now.current = panel->listModel->entryName(currentIndex());
+    now.column = qMax(0, currentIndex().column());
+    now.scrolled = verticalScrollBar()->value();
+    return now;
+}
+
+void MList::restoreWhenLoaded(const Place& place)
 {
     m_place = place;
+    m_placeModel = model();
     connect(model(), SIGNAL(directoryLoaded(QString)), this, SLOT(restorePlace()));
 }
 
 void MList::restorePlace()
 {
     disconnect(model(), SIGNAL(directoryLoaded(QString)), this, SLOT(restorePlace()));
+    m_placeModel.clear();
+    if (!selectionModel()->hasSelection() && !currentIndex().isValid()) {
+        restoreRows();
+    }
     executeDelayedItemsLayout();
-    verticalScrollBar()->setValue(m_place);
+    verticalScrollBar()->setValue(m_place.scrolled);
+}
+
+void MList::restoreRows()
+{
+    const myFileSystemModel* rows = panel->listModel;
+    const QModelIndex folder = rootIndex();
+    const int count = rows->rowCount(folder);
+    std::vector<bool> selected;
+    selected.reserve(static_cast<std::size_t>(count));
+    QModelIndex current;
+    for (int row = 0; row < count; ++row) {
+        const QString name = rows->entryName(rows->index(row, 0, folder));
+        selected.push_back(m_place.selected.contains(name));
+        if (name == m_place.current) {
+            current = rows->index(row, m_place.column, folder);
+        }
+    }
+    selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    selectionModel()->select(rowsSelection(rows, folder, selected), QItemSelectionModel::Select);
 }

@@ -2,6 +2,8 @@
 
 #include "panel/ViewDrag.h"
 
+#include <QPointer>
+#include <QSet>
 #include <QTableView>
 
 class MPanel;
@@ -19,9 +21,21 @@ public:
     /// Connects the selection model to the view's selectionChanged(). Nobody needs to: the override runs by
     /// itself.
     void startChangeWatcher();
-    /// Scrolls to a place once the model has loaded its folder.
-    /// @param place value of the vertical scroll bar
-    void placeWhenLoaded(int place);
+    /// What is to be as it was in a listing that is read anew, by names, since rows change.
+    struct Place
+    {
+        QSet<QString> selected;
+        QString current; ///< empty where no row is the current one
+        int column = 0; ///< of the current row
+        int scrolled = 0; ///< value of the vertical scroll bar
+    };
+    /// @return the selection, the current row and the place; what is still to be restored where the model has
+    /// not
+    ///         loaded its folder since the last restoreWhenLoaded()
+    Place place() const;
+    /// Selects, makes current and scrolls once the model has loaded its folder. What the user has selected
+    /// until then stays instead.
+    void restoreWhenLoaded(const Place& place);
     /// Makes the selected rows the pending items, as a drag does.
     void takePending() const;
 
@@ -53,6 +67,9 @@ private slots:
 
 private:
     void repaintFocus();
+    void restoreRows();
 
-    int m_place = 0;
+    Place m_place; ///< to be restored
+    QPointer<QAbstractItemModel>
+        m_placeModel; ///< model whose loading m_place waits for; null where none does
 };

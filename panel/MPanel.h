@@ -32,7 +32,9 @@ public:
     void newListModel();
 
     /// Roots the tree at a folder and opens it.
-    /// @param path absolute path; one that is no folder gives an empty tree and listing until it is one
+    /// @param path spelt anyhow, as a drive's is; what is opened is its clean absolute form, links included.
+    /// One
+    ///        that is no folder gives an empty tree and listing until it is one
     void setTreeRoot(QString path);
     /// Makes a folder the tree's current row, which opens it.
     void setTreePath(QString path);
@@ -54,6 +56,11 @@ public:
     /// Runs the command of a key.
     /// @return whether the key stands for a command
     bool mykeyPressEvent(QKeyEvent* event);
+
+    /// @return whether the current folder is there and listed. Where it is not, the listing has no rows, and
+    /// keys,
+    ///         menus and drops do nothing
+    bool showsFolder() const;
 
     /// @return what Tab goes through, in this order: drive buttons, path buttons, tree, listing
     QList<QWidget*> tabStops() const;
@@ -147,6 +154,7 @@ private:
     bool listCurrentPath();
     void noteLastPath(const QString& path);
     void openFile(const QString& path, const QString& name);
+    QString keyPath() const;
     QString associatedCommand(const QString& name);
     void showFreeSpace();
     void showCounts(const QString& path, qint64 dirs, qint64 files, qint64 bytes);

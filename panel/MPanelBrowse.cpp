@@ -14,17 +14,16 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QPointer>
-#include <QScrollBar>
 #include <QUrl>
 
 void MPanel::setTreeRoot(QString path)
 {
-    rootPath = path;
+    rootPath = cleanAbsolutePath(path);
     newTreeModel();
-    if (QFileInfo(rootPath).isDir()) {
-        treeModel->setRootPath(rootPath);
+    if (QFileInfo(rootPath).isDir() && treeModel->setRootPath(rootPath).isValid()) {
         rootReturn->stop();
     } else {
+        treeModel->showNothing();
         rootReturn->waitFor(rootPath);
     }
     tree->startChangeWatcher();
@@ -64,9 +63,18 @@ void MPanel::treeRowChanged(QString path)
 bool MPanel::listCurrentPath()
 {
     // The base class would show its working folder for a path that is no folder.
-    const bool isFolder = QFileInfo(currentPath).isDir();
-    list->setRootIndex(isFolder ? listModel->setRootPath(currentPath) : QModelIndex());
-    return isFolder;
+    const QModelIndex folder
+        = QFileInfo(currentPath).isDir() ? listModel->setRootPath(currentPath) : QModelIndex();
+    if (!folder.isValid()) {
+        listModel->showNothing();
+    }
+    list->setRootIndex(folder);
+    return folder.isValid();
+}
+
+bool MPanel::showsFolder() const
+{
+    return !listModel->showsNothing();
 }
 
 void MPanel::noteLastPath(const QString& path)
@@ -113,7 +121,7 @@ void MPanel::on_ListView_DoubleClicked(const QModelIndex index)
     static const QString upEntry = QStringLiteral("/..");
     // The folder that opens takes the model of the index with it: everything is taken out of it first.
     const QString path = listModel->filePath(index);
-    const QString name = listModel->fileName(index);
+    const QString name = listModel->entryName(index);
     const QFileInfo info(path);
     if (info.isSymLink()) {
         const QFileInfo target(QFileInfo(info).symLinkTarget());
@@ -162,6 +170,9 @@ QString MPanel::associatedCommand(const QString& name)
 
 void MPanel::headerClicked(int section)
 {
+    if (!showsFolder()) {
+        return; // nothing to sort, and the next folder's first click stays the one it is
+    }
     const Qt::SortOrder order = sortDescendingNext ? Qt::DescendingOrder : Qt::AscendingOrder;
     sortDescendingNext = !sortDescendingNext;
     list->horizontalHeader()->setSortIndicator(section, order);
@@ -190,14 +201,15 @@ void MPanel::leaveGoneFolder()
         path = xs_UpOneLevel(path);
     }
     if (!QFileInfo(path).isDir()) {
-        rootReturn->waitFor(rootPath); // not even the root is there: the views are empty
+        // Not even the root is there. The model that reports it is still in use and cannot be replaced now.
+        QMetaObject::invokeMethod(this, "showRootAgain", Qt::QueuedConnection);
         return;
     }
     const QPointer<QWidget> focused(window()->focusWidget());
     if (path != currentPath) {
         setTreePath(path);
     }
-    if (path != currentPath || listModel->rowCount(list->rootIndex()) == 0) {
+    if (path != currentPath || !showsFolder() || listModel->rowCount(list->rootIndex()) == 0) {
         treeRowChanged(path); // the tree did not take it, or it was gone for a moment only
     }
     leaveFocusTo(focused);
@@ -205,18 +217,17 @@ void MPanel::leaveGoneFolder()
 
 void MPanel::treeRootGone()
 {
-    if (sender() != treeModel) {
-        return; // told by a model that has been replaced since
-    }
-    if (QFileInfo(rootPath).isDir()) {
-        showRootAgain(); // it was gone for a moment only, but the model has let go of it
-    } else {
-        leaveGoneFolder();
+    if (sender() == treeModel) { // else reported by a model that has been replaced since
+        showRootAgain(); // also where it was gone for a moment only: the model has let go of it
     }
 }
 
+/// Shows the root from its beginning, or no rows where it is not there.
 void MPanel::showRootAgain()
 {
+    if (!QFileInfo(rootPath).isDir() && treeModel->showsNothing()) {
+        return; // as it is
+    }
     const QPointer<QWidget> focused(window()->focusWidget());
     setTreeRoot(rootPath);
     leaveFocusTo(focused);
@@ -239,13 +250,13 @@ void MPanel::reloadList()
             return; // else the root is gone, and nothing is to be listed
         }
     }
-    const int place = list->verticalScrollBar()->value();
+    const MList::Place place = list->place();
     const int section = listModel->sortColumn();
     const Qt::SortOrder order = listModel->sortOrder();
     newListModel();
     if (listCurrentPath()) {
         listModel->sort(section, order);
-        list->placeWhenLoaded(place);
+        list->restoreWhenLoaded(place);
     } else {
         showCounts(currentPath, 0, 0, 0); // nothing will be loaded
     }

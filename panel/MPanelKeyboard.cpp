@@ -36,18 +36,28 @@ int commandOfKey(int key)
 
 } // namespace
 
+/// @return what a key's command acts on: the selected row, which need not be in the current folder once that
+/// was
+///         changed in the tree; without one, the current folder. The names of several are chained one after
+///         the other on purpose, ".." included
+QString MPanel::keyPath() const
+{
+    QString path;
+    forEachSelectedRow(list, [&](const QModelIndex& row) {
+        path
+            = path.isEmpty() ? listModel->filePath(row) : path + QLatin1Char('/') + listModel->entryName(row);
+    });
+    return path.isEmpty() ? currentPath : path;
+}
+
 bool MPanel::mykeyPressEvent(QKeyEvent* event)
 {
     const int code = commandOfKey(event->key());
     if (code == CommandUnknown) {
         return false;
     }
-    // Several selected names are chained one after the other on purpose, ".." included: with one row this is
-    // its path.
-    QString path = currentPath;
-    forEachSelectedRow(list, [&](const QModelIndex& row) {
-        path += QLatin1Char('/') + listModel->data(row, Qt::DisplayRole).toString();
-    });
-    DoAction(code, path, QString());
+    if (showsFolder()) {
+        DoAction(code, keyPath(), QString());
+    }
     return true;
 }

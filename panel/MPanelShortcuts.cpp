@@ -106,12 +106,12 @@ void MPanel::moveToOther()
     sendToOther(Qt::MoveAction);
 }
 
-/// Does what dragging the selection to the other panel's empty space does. Where that panel is not to be
-/// seen, nothing can be dragged there.
+/// Does what dragging the selection to the other panel's empty space does. Where that panel is not visible,
+/// or a panel's folder is not there, nothing can be dragged.
 void MPanel::sendToOther(Qt::DropAction action)
 {
     MPanel* other = this == gwPanel1 ? gwPanel2 : gwPanel1;
-    if (other == nullptr || other->size().isEmpty()) {
+    if (other == nullptr || other->size().isEmpty() || !showsFolder() || !other->showsFolder()) {
         return;
     }
     if (list->hasFocus()) {

@@ -23,13 +23,11 @@ void MPanel::getSelection()
     if (!list->hasFocus()) {
         return;
     }
-    const QString prefix = listModel->pathPrefix(list->rootIndex());
-    forEachSelectedRow(list, [&](const QModelIndex& row) {
-        const QString name = listModel->fileName(row);
-        if (name == QLatin1String("..")) {
+    forEachSelectedRow(list, [this](const QModelIndex& row) {
+        if (listModel->entryName(row) == QLatin1String("..")) {
             return;
         }
-        selectedPaths.append(prefix + name);
+        selectedPaths.append(listModel->filePath(row));
         ++selectedCount;
         selectedBytes += listModel->size(row);
     });

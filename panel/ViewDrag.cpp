@@ -53,7 +53,7 @@ void ViewDrag::notePress(const QMouseEvent* event)
 
 bool ViewDrag::isDragStart(const QMouseEvent* event) const
 {
-    if (!event->buttons().testFlag(Qt::LeftButton)) {
+    if (!event->buttons().testFlag(Qt::LeftButton) || !panel->showsFolder()) {
         return false;
     }
     const QPoint moved = event->localPos().toPoint() - pressPos;
@@ -122,7 +122,7 @@ QModelIndex ViewDrag::endHover(QDropEvent* event)
 
 void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
 {
-    if (isStranger(event)) {
+    if (isStranger(event) || !panel->showsFolder()) {
         event->setDropAction(Qt::IgnoreAction);
         event->ignore();
         return;

@@ -41,7 +41,7 @@ public:
     void dragHovers(QDragMoveEvent* event);
     void dragLeft(QDragLeaveEvent* event);
     /// Ends a drag over the view. What another program dragged is refused, as is everything while a modal
-    /// dialog stands.
+    /// dialog stands or the panel's folder is not there.
     /// @param targetOf gives the target folder for the index under the pointer
     template <typename TargetOf>
     void dropped(QDropEvent* event, const TargetOf& targetOf)

@@ -120,7 +120,7 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
     const int rows = parent.isValid() ? rowCount(parent) : 0; // else these would be the top's
     for (int row = 0; row < rows; ++row) {
         const QModelIndex child = index(row, 0, parent);
-        if (fileName(child) == QLatin1String("..")) {
+        if (entryName(child) == QLatin1String("..")) {
             continue;
         }
         if (isDir(child)) {
@@ -132,10 +132,24 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
     }
 }
 
-QString myFileSystemModel::pathPrefix(const QModelIndex& folder) const
+int myFileSystemModel::rowCount(const QModelIndex& parent) const
 {
-    const QString path = filePath(folder);
-    return path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
+    return m_showsNothing ? 0 : QFileSystemModel::rowCount(parent);
+}
+
+bool myFileSystemModel::hasChildren(const QModelIndex& parent) const
+{
+    return !m_showsNothing && QFileSystemModel::hasChildren(parent);
+}
+
+QModelIndex myFileSystemModel::index(const QString& path, int column) const
+{
+    return m_showsNothing ? QModelIndex() : QFileSystemModel::index(path, column);
+}
+
+QString myFileSystemModel::entryName(const QModelIndex& index) const
+{
+    return index.isValid() ? QFileSystemModel::data(index, FileNameRole).toString() : QString();
 }
 
 void myFileSystemModel::refresh()

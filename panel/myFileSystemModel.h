@@ -39,6 +39,23 @@ public:
     int sortColumn() const { return m_sortColumn; }
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
+    /// Shows no rows from now on, whatever is loaded: the folder to be shown is not there. The base class
+    /// would show the top of the file system. To be called before a view shows the model.
+    void showNothing() { m_showsNothing = true; }
+    bool showsNothing() const { return m_showsNothing; }
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+    using QFileSystemModel::index;
+    /// @return index of a path; invalid where nothing is shown, or where nothing has that path
+    QModelIndex index(const QString& path, int column = 0) const;
+
+    /// The base class gives the text that is shown in the index's column, which need not be the name: what
+    /// acts on a row takes filePath() or entryName(), which are the same for every column and whatever is
+    /// shown.
+    QString fileName(const QModelIndex& index) const = delete;
+    /// @return name of an entry as the file system has it; empty for no entry
+    QString entryName(const QModelIndex& index) const;
+
     /// Counts the loaded entries of a folder; no disk access, no recursion.
     /// @param path the folder
     /// @param dirs becomes the number of folders, ".." not counted
@@ -46,11 +63,6 @@ public:
     /// @param bytes becomes the sum of all sizes; the file system's size of a folder entry is added on
     /// purpose
     void getFolderStats(QString path, qint64& dirs, qint64& files, qint64& bytes);
-
-    /// @return path of a folder with "/" at its end, to which names of its entries are appended; cheaper than
-    /// filePath() for
-    ///         each of many entries
-    QString pathPrefix(const QModelIndex& folder) const;
 
     /// Frees the model, which no view may show any more: at once, or, where that would take long, on a thread
     /// of its own.
@@ -91,6 +103,7 @@ private:
 
     MPanel* panel;
     int columns = 0;
+    bool m_showsNothing = false;
 
     LoadingIconProvider m_provider;
     /// A call of the base class to itself is being delivered. Stands before m_reader, whose making sends an

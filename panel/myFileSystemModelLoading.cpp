@@ -134,7 +134,7 @@ bool myFileSystemModel::dropRows(const FolderReading& reading)
     const QSet<QString> removed(reading.removed.begin(), reading.removed.end());
     QStringList left;
     for (int row = 0; row < rowCount(parent); ++row) {
-        const QString name = fileName(index(row, 0, parent));
+        const QString name = entryName(index(row, 0, parent));
         if (!removed.contains(name)) {
             left.append(name);
         }

@@ -48,7 +48,8 @@ void myFileSystemModel::sort(int column, Qt::SortOrder order)
 {
     // The base class asks for a sort after every insertion. The rows are in their place already then, or are
     // sorted once, when all of them are there.
-    if (m_inQueuedCall || (column == m_sortColumn && order == m_sortOrder && !m_needsSort)) {
+    if (m_showsNothing || m_inQueuedCall
+        || (column == m_sortColumn && order == m_sortOrder && !m_needsSort)) {
         return;
     }
     const bool onlyTurned = m_ranked && column == m_sortColumn && !m_needsSort;

@@ -2,6 +2,7 @@
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -23,6 +24,8 @@ class TestTextHelpers : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanAbsolutePath_data();
+    void cleanAbsolutePath();
     void tok_data();
     void tok();
     void tokPeelsFields_data();
@@ -320,6 +323,41 @@ void TestTextHelpers::permissionsLookNothingUp()
     dir.file(QStringLiteral("file"), "new and longer");
     QCOMPARE(xs_formatPermisions(info), QStringLiteral("640"));
     QCOMPARE(copies.constFirst().size(), qint64(3));
+}
+
+void TestTextHelpers::cleanAbsolutePath_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("clean");
+    const QString here = QDir::currentPath();
+    QTest::newRow("clean") << "/home/u"
+                           << "/home/u";
+    QTest::newRow("top") << "/"
+                         << "/";
+    QTest::newRow("slashes") << "//home///u//"
+                             << "/home/u";
+    QTest::newRow("dots") << "/home/./u/../v/."
+                          << "/home/v";
+    QTest::newRow("only slashes") << "///"
+                                  << "/";
+    QTest::newRow("above the top") << "/.."
+                                   << "/";
+    QTest::newRow("far above the top") << "/a/../../../b"
+                                       << "/b";
+    QTest::newRow("a name that begins with dots") << "/..a/...b"
+                                                  << "/..a/...b";
+    QTest::newRow("relative") << "~/x" << here + "/~/x";
+    QTest::newRow("here") << "." << here;
+    QTest::newRow("blanks and signs") << "/a b/%1/#&"
+                                      << "/a b/%1/#&";
+    QTest::newRow("empty") << ""
+                           << "";
+}
+
+void TestTextHelpers::cleanAbsolutePath()
+{
+    QFETCH(QString, path);
+    QTEST(::cleanAbsolutePath(path), "clean");
 }
 
 VANTREL_TEST_MAIN(TestTextHelpers)

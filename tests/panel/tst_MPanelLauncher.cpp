@@ -101,7 +101,7 @@ private slots:
 private:
     QStringList record();
     QByteArray recorded(const QString& what);
-    void doubleClick(const QString& name);
+    void doubleClick(const QString& name, int column = 0);
 
     std::unique_ptr<TestDir> dir;
     std::unique_ptr<TestDir> tools;
@@ -148,10 +148,10 @@ QByteArray TestMPanelLauncher::recorded(const QString& what)
     return tools->read(QStringLiteral("record.") + what);
 }
 
-void TestMPanelLauncher::doubleClick(const QString& name)
+void TestMPanelLauncher::doubleClick(const QString& name, int column)
 {
     QTRY_VERIFY(listIndex(panel, name).isValid());
-    panel->on_ListView_DoubleClicked(listIndex(panel, name));
+    panel->on_ListView_DoubleClicked(listIndex(panel, name, column));
 }
 
 void TestMPanelLauncher::words_data()
@@ -427,10 +427,12 @@ void TestMPanelLauncher::suffix()
     QFETCH(QString, suffix);
     dir->file(name);
     gmFileAssn.insert(suffix, program + QStringLiteral("  --new-window "));
-    doubleClick(name);
-    QCOMPARE(
-        record(), (QStringList{"cwd:" + QDir::homePath(), "arg:--new-window", "arg:" + dir->path(name)}));
-    QCOMPARE(gmFileAssn.size(), 1);
+    for (int column = 0; column < 4; ++column) { // whichever text was hit
+        doubleClick(name, column);
+        QCOMPARE(
+            record(), (QStringList{"cwd:" + QDir::homePath(), "arg:--new-window", "arg:" + dir->path(name)}));
+        QCOMPARE(gmFileAssn.size(), 1);
+    }
     QCOMPARE(panel->contextPath, dir->path(name));
     QVERIFY(urls.isEmpty());
 }

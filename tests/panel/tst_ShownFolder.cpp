@@ -341,7 +341,7 @@ void TestShownFolder::churned()
         QStringList names;
         const QModelIndex parent = panel->treeModel->index(shown);
         for (int row = 0; row < panel->treeModel->rowCount(parent); ++row) {
-            names.append(panel->treeModel->fileName(panel->treeModel->index(row, 0, parent)));
+            names.append(panel->treeModel->entryName(panel->treeModel->index(row, 0, parent)));
         }
         names.sort();
         return names;

@@ -41,7 +41,7 @@ QStringList staleRows(const MPanel* panel, const QString& folder, const QStringL
     const QModelIndex root = panel->list->rootIndex();
     for (int row = 0; row < panel->listModel->rowCount(root); ++row) {
         const QModelIndex index = panel->listModel->index(row, 0, root);
-        const QFileInfo info(folder + '/' + panel->listModel->fileName(index));
+        const QFileInfo info(folder + '/' + panel->listModel->entryName(index));
         if (info.isFile() && panel->listModel->size(index) != info.size()) {
             all.append("size of " + info.fileName());
         }

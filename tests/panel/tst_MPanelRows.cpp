@@ -1,0 +1,268 @@
+#include "panel/MPanel.h"
+
+#include "app/aGlobal.h"
+#include "panel/MList.h"
+#include "panel/MTree.h"
+#include "panel/ViewDrag.h"
+#include "panel/myFileSystemModel.h"
+#include "tests/support/BoxAnswers.h"
+#include "tests/support/ModalAnswers.h"
+#include "tests/support/PanelFixture.h"
+#include "tests/support/TestMain.h"
+
+#include <QDir>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPointer>
+
+/// What the rows of a panel mean: their own paths, however the drive is spelt and whatever is shown; and that
+/// there are none where the folder is not there.
+class TestMPanelRows : public QObject, protected PanelFixture
+{
+    Q_OBJECT
+
+private slots:
+    void init() { start(); }
+    void cleanup();
+
+    void drivesSpeltOddly_data();
+    void drivesSpeltOddly();
+    void driveThatIsALink();
+    void blankRowsMeanThemselves();
+    void rowsAreNotInTheCurrentFolder_data();
+    void rowsAreNotInTheCurrentFolder();
+    void nothingIsShown_data();
+    void nothingIsShown();
+    void nothingIsTakenWhereNothingIsShown();
+    void rootThatGoesLeavesNothing();
+    void manyRemovalsKeepTheSelection();
+    void whatIsSelectedMeanwhileStays();
+
+private:
+    void expectNothing();
+};
+
+void TestMPanelRows::cleanup()
+{
+    end();
+    gstMenu.clear();
+    gstDrives.clear();
+}
+
+void TestMPanelRows::drivesSpeltOddly_data()
+{
+    QTest::addColumn<QString>("spelt");
+    QTest::newRow("slash at the end") << "%1/";
+    QTest::newRow("doubled slash") << "%1/../%2//";
+    QTest::newRow("doubled slash at the beginning") << "/%1";
+    QTest::newRow("dot") << "%1/./";
+    QTest::newRow("dots") << "%1/a/../";
+    QTest::newRow("dots above the top") << "/../..%1";
+}
+
+void TestMPanelRows::drivesSpeltOddly()
+{
+    QFETCH(QString, spelt);
+    spelt.replace(QLatin1String("%1"), dir->path())
+        .replace(QLatin1String("%2"), QFileInfo(dir->path()).fileName());
+    panel->setTreeRoot(spelt);
+    QVERIFY(waitForList(panel));
+    QCOMPARE(panel->rootPath, dir->path());
+    QCOMPARE(panel->currentPath, dir->path());
+    QCOMPARE(listNames(panel), (QStringList{"..", "a", "d", "one", "two"}));
+    QCOMPARE(treeNames(panel).constFirst(), QFileInfo(dir->path()).fileName());
+    panel->list->setFocus();
+    select({"one"});
+    QCOMPARE(panel->selectedPaths, QStringList{dir->path(QStringLiteral("one"))});
+    panel->list->takePending();
+    QCOMPARE(gslDragList, QStringList{dir->path(QStringLiteral("one"))});
+    panel->tree->takePending();
+    QCOMPARE(gslDragList, QStringList{dir->path()});
+}
+
+/// The link is what a command in the tree means, not the folder that it leads to.
+void TestMPanelRows::driveThatIsALink()
+{
+    const QString link = dir->link(QStringLiteral("link"), dir->path(QStringLiteral("a")));
+    panel->setTreeRoot(link + '/');
+    QVERIFY(waitForList(panel));
+    QCOMPARE(listNames(panel), (QStringList{"..", "b"}));
+    panel->tree->setFocus();
+    BoxAnswers boxes;
+    boxes.click(QStringLiteral("Yes"));
+    QTest::keyClick(panel->tree, Qt::Key_Delete);
+    QCOMPARE(boxes.texts(), QStringList{"Delete selected files in folder: \n\n" + link});
+    QVERIFY(!dir->exists(QStringLiteral("link")));
+    QCOMPARE(dir->tree(QStringLiteral("a")), (QStringList{"b/", "b/c/"}));
+}
+
+/// Blank texts are only what is shown.
+void TestMPanelRows::blankRowsMeanThemselves()
+{
+    panel->list->setFocus();
+    select({"one", "two"});
+    const QStringList paths{dir->path(QStringLiteral("one")), dir->path(QStringLiteral("two"))};
+    panel->rootPath = QStringLiteral("/no/such/root");
+    QCOMPARE(listNames(panel), (QStringList{"", "", "", "", ""}));
+    panel->getSelection();
+    QCOMPARE(panel->selectedPaths, paths);
+    panel->list->takePending();
+    QCOMPARE(gslDragList, paths);
+    QCOMPARE(panel->listModel->entryName(panel->list->selectionModel()->selectedIndexes().at(3)), "one");
+    panel->rootPath = dir->path();
+    QCOMPARE(panel->listModel->entryName(QModelIndex()), QString());
+}
+
+void TestMPanelRows::rowsAreNotInTheCurrentFolder_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("Delete") << int(Qt::Key_Delete) << "Delete selected files in folder: \n\n%1";
+    QTest::newRow("X") << int(Qt::Key_X) << "Failed to start program:\n%1/one";
+}
+
+/// A right click in the tree changes the current folder, and the listing stays.
+void TestMPanelRows::rowsAreNotInTheCurrentFolder()
+{
+    QFETCH(int, key);
+    QFETCH(QString, text);
+    dir->file(QStringLiteral("d/one"), "another");
+    panel->list->setFocus();
+    select({"one"});
+    panel->currentPath = dir->path(QStringLiteral("d"));
+    BoxAnswers boxes;
+    boxes.otherwise({QStringLiteral("Yes"), QStringLiteral("OK")});
+    QTest::keyClick(panel->list, static_cast<Qt::Key>(key));
+    QCOMPARE(boxes.texts(), QStringList{text.arg(dir->path())});
+    QCOMPARE(dir->exists(QStringLiteral("one")), key != Qt::Key_Delete);
+    QCOMPARE(dir->read(QStringLiteral("d/one")), QByteArray("another"));
+}
+
+/// Nothing is there to be chosen, and nothing that a user does comes to anything.
+void TestMPanelRows::expectNothing()
+{
+    const BoxAnswers boxes; // both fail the test where a box, dialog or menu comes
+    const ModalAnswers answers;
+    gstMenu = {{CommandDelete, QStringLiteral("|.|*|"), QStringLiteral("Delete"), QString()}};
+    const bool descendingNext = panel->sortDescendingNext;
+    for (int section = 0; section < 4; ++section) {
+        panel->headerClicked(section);
+        panel->listModel->sort(section, Qt::DescendingOrder);
+    }
+    QCOMPARE(panel->sortDescendingNext, descendingNext);
+    QCOMPARE(listNames(panel), QStringList());
+    for (QAbstractItemView* view :
+        {static_cast<QAbstractItemView*>(panel->tree), static_cast<QAbstractItemView*>(panel->list)}) {
+        view->setFocus();
+        QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+        for (const Qt::Key key :
+            {Qt::Key_C, Qt::Key_N, Qt::Key_R, Qt::Key_Delete, Qt::Key_P, Qt::Key_S, Qt::Key_X}) {
+            QTest::keyClick(view, key);
+        }
+        QTest::keyClick(view, Qt::Key_O, Qt::ControlModifier);
+        QTest::keyClick(view, Qt::Key_F10, Qt::ShiftModifier);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 5));
+        QTest::mouseDClick(view->viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 5));
+        emit view->customContextMenuRequested(QPoint(20, 5));
+        QCOMPARE(view->selectionModel()->selectedIndexes(), QModelIndexList());
+    }
+}
+
+void TestMPanelRows::nothingIsShown_data()
+{
+    QTest::addColumn<QString>("drive");
+    QTest::newRow("no such folder") << "/no/such/place";
+    QTest::newRow("nothing of it at the top") << "/nosuchplace/";
+    QTest::newRow("a file") << "one";
+    QTest::newRow("empty") << "";
+    QTest::newRow("kept as written") << "~/x";
+}
+
+void TestMPanelRows::nothingIsShown()
+{
+    QFETCH(QString, drive);
+    panel->setTreeRoot(drive == "one" ? dir->path(drive) : drive);
+    QVERIFY(!panel->showsFolder());
+    QCOMPARE(treeNames(panel), QStringList());
+    expectNothing();
+    QCOMPARE(treeNames(panel), QStringList());
+    QVERIFY(!panel->tree->currentIndex().isValid());
+}
+
+void TestMPanelRows::nothingIsTakenWhereNothingIsShown()
+{
+    MPanel other(&window->window);
+    other.setGeometry(0, 0, 300, 300);
+    other.show();
+    gwPanel1 = panel;
+    gwPanel2 = &other;
+    gslDragList = QStringList{QStringLiteral("/before")};
+    const BoxAnswers boxes;
+    other.setTreeRoot(QStringLiteral("/no/such/place"));
+    panel->list->setFocus();
+    select({"one"});
+    panel->copyToOther(); // from a folder to nowhere
+    panel->tree->setFocus();
+    panel->moveToOther();
+    other.tree->setFocus();
+    other.moveToOther(); // from nowhere to a folder
+    QCOMPARE(gslDragList, QStringList{"/before"});
+}
+
+void TestMPanelRows::rootThatGoesLeavesNothing()
+{
+    panel->setTreeRoot(dir->path(QStringLiteral("a/b")));
+    QVERIFY(waitForList(panel));
+    panel->setTreePath(dir->path(QStringLiteral("a/b/c")));
+    QVERIFY(waitForList(panel));
+    QVERIFY(QDir(dir->path(QStringLiteral("a"))).removeRecursively());
+    QTRY_VERIFY(!panel->showsFolder());
+    QTRY_COMPARE(treeNames(panel), QStringList());
+    QCOMPARE(panel->currentPath, dir->path(QStringLiteral("a/b")));
+    expectNothing();
+    dir->file(QStringLiteral("a/b/new"));
+    QTRY_VERIFY(panel->showsFolder());
+    QTRY_COMPARE(listNames(panel), (QStringList{"..", "new"}));
+}
+
+void TestMPanelRows::manyRemovalsKeepTheSelection()
+{
+    dir->files(QStringLiteral("d"), 4000, QStringLiteral("f%1"));
+    QVERIFY(openFolder(panel, dir->path(QStringLiteral("d"))));
+    QTRY_COMPARE(listNames(panel).size(), 4001);
+    panel->list->setFocus();
+    select({"f7", "f3990", "f3991", "f3999"});
+    panel->list->selectionModel()->setCurrentIndex(
+        listIndex(panel, QStringLiteral("f3997"), 2), QItemSelectionModel::NoUpdate);
+    const QPointer<myFileSystemModel> before(panel->listModel);
+    for (int i = 0; i < 3990; ++i) {
+        QVERIFY(QFile::remove(dir->path(QStringLiteral("d/f%1").arg(i))));
+    }
+    QTRY_COMPARE(listNames(panel).size(), 11);
+    QTRY_VERIFY(before.isNull()); // else this shows nothing
+    QTRY_COMPARE(panel->selectionLabel->text(), QStringLiteral("Selected 3 file(s), 0 Bytes"));
+    panel->getSelection();
+    QCOMPARE(panel->selectedPaths,
+        (QStringList{dir->path("d/f3990"), dir->path("d/f3991"), dir->path("d/f3999")}));
+    QCOMPARE(panel->list->currentIndex(), listIndex(panel, QStringLiteral("f3997"), 2));
+    QVERIFY(panel->list->hasFocus());
+}
+
+/// Whoever selects something before the listing is complete again has chosen anew.
+void TestMPanelRows::whatIsSelectedMeanwhileStays()
+{
+    panel->list->setFocus();
+    select({"one"});
+    panel->reloadList();
+    panel->reloadList(); // before the first has come to its end
+    QTRY_COMPARE(panel->selectedPaths, QStringList{dir->path("one")});
+    panel->reloadList();
+    QTRY_VERIFY(listIndex(panel, QStringLiteral("two")).isValid());
+    select({"two"});
+    QVERIFY(waitForList(panel));
+    panel->getSelection();
+    QCOMPARE(panel->selectedPaths, QStringList{dir->path("two")});
+}
+
+VANTREL_TEST_MAIN(TestMPanelRows)
+#include "tst_MPanelRows.moc"
