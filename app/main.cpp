@@ -1,4 +1,5 @@
 #include "app/EndSignals.h"
+#include "app/HeldKeys.h"
 #include "app/InheritedDescriptors.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
@@ -101,6 +102,7 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     platform.reset();
     const EndSignals endSignals;
+    const HeldKeys heldKeys;
     chooseIconTheme();
     ReadConfig(QDir::homePath() + QStringLiteral("/.Vantrel"));
     QApplication::setWindowIcon(loadIcon(gsAppIcon));

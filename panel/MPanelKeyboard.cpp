@@ -2,6 +2,7 @@
 
 #include "panel/MPanel.h"
 
+#include "app/HeldKeys.h"
 #include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/SelectedRows.h"
@@ -56,7 +57,8 @@ bool MPanel::mykeyPressEvent(QKeyEvent* event)
     if (code == CommandUnknown) {
         return false;
     }
-    if (showsFolder()) {
+    if (showsFolder() && !event->isAutoRepeat()
+        && !HeldKeys::isRepeating()) { // a key that is held is one command
         DoAction(code, keyPath(), QString());
     }
     return true;

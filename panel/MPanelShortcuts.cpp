@@ -4,6 +4,7 @@
 
 #include "panel/MPanel.h"
 
+#include "app/HeldKeys.h"
 #include "app/aGlobal.h"
 #include "panel/MDriveBar.h"
 #include "panel/MList.h"
@@ -46,11 +47,22 @@ public:
 protected:
     bool event(QEvent* event) override
     {
-        return QApplication::activePopupWidget() != nullptr || QShortcut::event(event);
+        // Qt does not know of every repeated press.
+        const bool isOneTooMany = !autoRepeat() && HeldKeys::isRepeating();
+        return QApplication::activePopupWidget() != nullptr || isOneTooMany || QShortcut::event(event);
     }
 };
 
-void addShortcut(QWidget* owner, const QKeySequence& keys, QObject* receiver, const char* slot)
+/// A shortcut for a command.
+void addCommand(QWidget* owner, const QKeySequence& keys, QObject* receiver, const char* slot)
+{
+    auto* shortcut = new PanelShortcut(keys, owner);
+    shortcut->setAutoRepeat(false); // a key that is held is one command
+    QObject::connect(shortcut, SIGNAL(activated()), receiver, slot);
+}
+
+/// A shortcut that goes on for as long as it is held.
+void addMovement(QWidget* owner, const QKeySequence& keys, QObject* receiver, const char* slot)
 {
     QObject::connect(new PanelShortcut(keys, owner), SIGNAL(activated()), receiver, slot);
 }
@@ -61,23 +73,24 @@ void MPanel::makeShortcuts()
 {
     // Only keys that neither stand for a command nor mean anything to the views: Return, + and - do, even
     // with Ctrl.
-    addShortcut(tree, ctrl(Qt::Key_O), tree, SLOT(openCurrent()));
-    addShortcut(list, ctrl(Qt::Key_O), list, SLOT(openCurrent()));
+    addCommand(tree, ctrl(Qt::Key_O), tree, SLOT(openCurrent()));
+    addCommand(list, ctrl(Qt::Key_O), list, SLOT(openCurrent()));
     // Qt opens context menus by the Menu key only, which many keyboards lack.
     const int menuKey = static_cast<int>(Qt::SHIFT) + Qt::Key_F10;
-    addShortcut(tree, menuKey, tree, SLOT(showMenuOfCurrent()));
-    addShortcut(list, menuKey, list, SLOT(showMenuOfCurrent()));
-    addShortcut(this, Qt::Key_F5, this, SLOT(copyToOther()));
-    addShortcut(this, Qt::Key_F6, this, SLOT(moveToOther()));
-    addShortcut(this, ctrl(Qt::Key_Greater), this, SLOT(widenTree()));
-    addShortcut(this, ctrl(Qt::Key_Less), this, SLOT(narrowTree()));
-    addShortcut(list, ctrl(Qt::Key_BracketRight), this, SLOT(widenColumn()));
-    addShortcut(list, ctrl(Qt::Key_BracketLeft), this, SLOT(narrowColumn()));
+    addCommand(tree, menuKey, tree, SLOT(showMenuOfCurrent()));
+    addCommand(list, menuKey, list, SLOT(showMenuOfCurrent()));
+    addCommand(this, Qt::Key_F5, this, SLOT(copyToOther()));
+    addCommand(this, Qt::Key_F6, this, SLOT(moveToOther()));
+    addMovement(this, ctrl(Qt::Key_Greater), this, SLOT(widenTree()));
+    addMovement(this, ctrl(Qt::Key_Less), this, SLOT(narrowTree()));
+    addMovement(list, ctrl(Qt::Key_BracketRight), this, SLOT(widenColumn()));
+    addMovement(list, ctrl(Qt::Key_BracketLeft), this, SLOT(narrowColumn()));
 
     auto* sections = new QSignalMapper(this);
     connect(sections, SIGNAL(mapped(int)), this, SLOT(headerClicked(int)));
     for (int column = 0; column < columns; ++column) {
         auto* shortcut = new PanelShortcut(ctrl(Qt::Key_1 + column), this);
+        shortcut->setAutoRepeat(false);
         connect(shortcut, SIGNAL(activated()), sections, SLOT(map()));
         sections->setMapping(shortcut, column);
     }

@@ -1,5 +1,6 @@
 """The desktop that the tests have to themselves: X server, window manager, session bus, pointer, keyboard, screen."""
 
+import contextlib
 import os
 import subprocess
 import time
@@ -132,6 +133,16 @@ def let_go():
 
 def key(*names):
     xdo("key", *names)
+
+
+@contextlib.contextmanager
+def held(name):
+    """A key that is held down: the X server repeats it some thirty times a second after the first half second."""
+    xdo("keydown", name)
+    try:
+        yield
+    finally:
+        xdo("keyup", name)
 
 
 def type_text(text):

@@ -51,6 +51,8 @@ private slots:
 
     void commandKeys_data();
     void commandKeys();
+    void heldKeyIsOneCommand_data();
+    void heldKeyIsOneCommand();
     void modifiersMeanNothing_data();
     void modifiersMeanNothing();
     void otherKeys_data();
@@ -104,6 +106,21 @@ void TestMPanelKeyboard::commandKeys()
     DialogNotes notes;
     QVERIFY(press(key));
     QCOMPARE(notes.classes, QStringList{dialog});
+}
+
+void TestMPanelKeyboard::heldKeyIsOneCommand_data()
+{
+    commandKeys_data();
+}
+
+void TestMPanelKeyboard::heldKeyIsOneCommand()
+{
+    QFETCH(int, key);
+    select({"alpha"});
+    const DialogNotes notes;
+    QKeyEvent repeated(QEvent::KeyPress, key, Qt::NoModifier, QString(), true);
+    QVERIFY(panel->mykeyPressEvent(&repeated)); // taken all the same: it searches for no name either
+    QCOMPARE(notes.classes, QStringList());
 }
 
 void TestMPanelKeyboard::modifiersMeanNothing_data()

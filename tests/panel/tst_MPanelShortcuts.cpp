@@ -15,6 +15,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QPushButton>
+#include <QShortcut>
 #include <QSignalSpy>
 #include <QSplitter>
 
@@ -53,6 +54,7 @@ private slots:
     void typedLettersStillSearch_data();
     void typedLettersStillSearch();
     void nothingBehindAMenu();
+    void commandsDoNotRepeat();
 
 private:
     MPanel* other() const { return panels->other; }
@@ -128,7 +130,7 @@ void TestMPanelShortcuts::openTheRootReadsItAgain()
     QVERIFY(panel->tree->isExpanded(panel->treeModel->index(dir->path())));
     panel->tree->collapse(panel->treeModel->index(dir->path()));
     QTest::keyClick(panel->tree, Qt::Key_O, Qt::ControlModifier);
-    QVERIFY(panel->tree->isExpanded(panel->treeModel->index(dir->path())));
+    QVERIFY(!panel->tree->isExpanded(panel->treeModel->index(dir->path()))); // as a double-click leaves it
 }
 
 // --- What a right click does.
@@ -403,6 +405,21 @@ void TestMPanelShortcuts::nothingBehindAMenu()
     QTRY_COMPARE(answers.left(), 0);
     QVERIFY(boxes.seen().isEmpty());
     QVERIFY(panel->sortDescendingNext);
+}
+
+/// Only what moves something goes on while its key is held.
+void TestMPanelShortcuts::commandsDoNotRepeat()
+{
+    QStringList repeating;
+    const QList<QShortcut*> shortcuts = panels->panel->findChildren<QShortcut*>();
+    for (const QShortcut* shortcut : shortcuts) {
+        if (shortcut->autoRepeat()) {
+            repeating.append(shortcut->key().toString());
+        }
+    }
+    repeating.sort();
+    QCOMPARE(repeating, (QStringList{"Ctrl+<", "Ctrl+>", "Ctrl+[", "Ctrl+]"}));
+    QCOMPARE(shortcuts.size(), 14);
 }
 
 VANTREL_TEST_MAIN(TestMPanelShortcuts)
