@@ -1,6 +1,7 @@
 #include "panel/ViewDrag.h"
 
 #include "app/WindowSystem.h"
+#include "app/aGlobal.h"
 #include "panel/MPanel.h"
 #include "panel/myDelegate.h"
 
@@ -11,6 +12,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPointer>
+#include <QScopedValueRollback>
 #include <QTimer>
 
 namespace {
@@ -27,6 +29,37 @@ bool isStranger(const QDropEvent* event)
     const QMimeData* data = event->mimeData();
     return QApplication::activeModalWidget() != nullptr
         || (!data->formats().isEmpty() && data->text() != marker);
+}
+
+/// A drop that waits for the end of its drag.
+struct Drop
+{
+    QPointer<MPanel> panel; ///< that the items were dropped in; null where nothing was dropped
+    Qt::DropAction action = Qt::IgnoreAction;
+    QString target;
+};
+
+/// The drop of the drag that runs; null while none does. All drags of the program are over before another
+/// begins.
+Drop* runningDrag = nullptr;
+
+/// Drags what is pending until it is dropped or the drag is cancelled.
+Drop execDrag(QAbstractItemView* view)
+{
+    Drop drop;
+    const QScopedValueRollback<Drop*> running(runningDrag, &drop);
+    // Both are watched: the view, and with it its children, can go while the drag runs.
+    const QPointer<QDrag> drag = new QDrag(view);
+    auto* data = new QMimeData; // owned by the drag
+    data->setText(marker);
+    drag->setMimeData(data);
+    const QPointer<QTimer> timer = new QTimer(view);
+    QObject::connect(timer, SIGNAL(timeout()), view, SLOT(nudgeMouse()));
+    timer->start(nudgeMs);
+    drag->exec(Qt::CopyAction | Qt::MoveAction);
+    delete drag;
+    delete timer;
+    return drop;
 }
 
 /// The action of a drop: what the user holds decides, not what the source proposes.
@@ -62,17 +95,15 @@ bool ViewDrag::isDragStart(const QMouseEvent* event) const
 
 void ViewDrag::runDrag()
 {
-    // Both are watched: the view, and with it its children, can go while the drag runs.
-    const QPointer<QDrag> drag = new QDrag(view);
-    auto* data = new QMimeData; // owned by the drag
-    data->setText(marker);
-    drag->setMimeData(data);
-    const QPointer<QTimer> timer = new QTimer(view);
-    QObject::connect(timer, SIGNAL(timeout()), view, SLOT(nudgeMouse()));
-    timer->start(nudgeMs);
-    drag->exec(Qt::CopyAction | Qt::MoveAction);
-    delete drag;
-    delete timer;
+    // Whatever happens meanwhile, what was dragged is what is dropped.
+    const QStringList items = gslDragList;
+    const QString base = gsDragBase;
+    const Drop drop = execDrag(view);
+    if (!drop.panel.isNull()) {
+        gslDragList = items;
+        gsDragBase = base;
+        drop.panel->gotDrop(drop.action, drop.target);
+    }
 }
 
 void ViewDrag::nudgeCursor()
@@ -127,7 +158,13 @@ void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
         event->ignore();
         return;
     }
-    panel->gotDrop(event->dropAction(), target);
+    if (runningDrag != nullptr) {
+        // The question waits until the drag is over: Wayland takes the keyboard until then, and does not bear
+        // a box that ends within the drag.
+        *runningDrag = {panel, event->dropAction(), target};
+    } else {
+        panel->gotDrop(event->dropAction(), target);
+    }
 }
 
 void ViewDrag::repaintCell(const QModelIndex& index) const

@@ -40,8 +40,8 @@ public:
     void dragEntered(QDragEnterEvent* event) const;
     void dragHovers(QDragMoveEvent* event);
     void dragLeft(QDragLeaveEvent* event);
-    /// Ends a drag over the view. What another program dragged is refused, as is everything while a modal
-    /// dialog stands or the panel's folder is not there.
+    /// Ends a drag over the view. Its command runs once the drag is over. What another program dragged is
+    /// refused, as is everything while a modal dialog stands or the panel's folder is not there.
     /// @param targetOf gives the target folder for the index under the pointer
     template <typename TargetOf>
     void dropped(QDropEvent* event, const TargetOf& targetOf)

@@ -61,6 +61,20 @@ class Wayland(CommandTest):
         wait_for(lambda: field.text.startswith(self.in_tree("d")), lambda: f"the path is pasted; it is {field.text!r}")
         box.keys("Escape")
 
+    def test_the_question_of_a_drop_takes_keys(self):
+        panel = self.open(d={}, a="1", b="22")
+        other = self.program.panel(2)
+        for name, pressed, copied in (("a", "Return", True), ("b", "Escape", False)):
+            panel.select(name)
+            Drag(panel.cell(name).middle, nudged=False).to(other.cell("d").middle).drop()
+            box = self.program.message("Vantrel")
+            self.assertEqual(box.text, MANY + self.in_tree("d"))
+            box.keys(pressed)
+            self.finished()
+            self.assertEqual(os.path.exists(self.in_tree("d", name)), copied)
+        key("Escape")
+        panel.wait_names("..", "d", "a", "b")
+
     def test_dragging(self):
         """The pointer, which is nudged under X while one drags, stays where it is."""
         panel = self.open(d={}, a="1", b="22")

@@ -13,6 +13,9 @@
 #include <QDrag>
 #include <QTimer>
 
+#include <functional>
+#include <utility>
+
 namespace {
 
 /// Looks at the drag that a view makes, before it runs: the timer is the view's last child to come.
@@ -78,6 +81,7 @@ private slots:
     void nudgeMovesToAndFro_data();
     void nudgeMovesToAndFro();
     void nudgeRestsWhileABoxIsOpen();
+    void dropWaitsForTheEndOfTheDrag();
 };
 
 void TestViewDrag::startDistance_data()
@@ -260,6 +264,42 @@ void TestViewDrag::nudgeRestsWhileABoxIsOpen()
     box.exec();
     QCOMPARE(during, start);
     QVERIFY(!panel->list->nudgeToggle);
+}
+
+/// What happens while the drag runs changes nothing of what was dragged.
+void TestViewDrag::dropWaitsForTheEndOfTheDrag()
+{
+    struct DropMeanwhile : QObject
+    {
+        bool eventFilter(QObject* watched, QEvent* event) override
+        {
+            if (event->type() == QEvent::ChildAdded && act) {
+                const std::function<void()> once = std::exchange(act, nullptr);
+                once();
+            }
+            return QObject::eventFilter(watched, event);
+        }
+        std::function<void()> act;
+    };
+    DropMeanwhile meanwhile;
+    BoxAnswers answers;
+    answers.click(QStringLiteral("No"));
+    panel->list->setFocus();
+    select({"one.txt"});
+    panel->list->installEventFilter(&meanwhile);
+    meanwhile.act = [&] {
+        QVERIFY(drop(panel, false, placeOf(false, QStringLiteral("sub"))));
+        QVERIFY(answers.seen().isEmpty());
+        gslDragList = QStringList{QStringLiteral("/another")};
+        gsDragBase = QStringLiteral("/elsewhere");
+    };
+    dragFrom(false, QStringLiteral("one.txt"), 50);
+    QVERIFY(!meanwhile.act);
+    QCOMPARE(answers.texts(),
+        QStringList{"Copy selected files to folder: \n\n" + dir->path(QStringLiteral("sub"))});
+    QCOMPARE(gslDragList, QStringList{dir->path(QStringLiteral("one.txt"))});
+    QCOMPARE(gsDragBase, dir->path());
+    QCOMPARE(gsDropBase, dir->path(QStringLiteral("sub")));
 }
 
 VANTREL_TEST_MAIN(TestViewDrag)
