@@ -49,6 +49,18 @@ void MList::startChangeWatcher()
 void MList::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected)
 {
     QTableView::selectionChanged(selected, deselected);
+    if (!panel->listModel->isRemoving()) {
+        panel->listSelectionChanged();
+    } else if (!m_isChangePending) {
+        // Each row that goes changes the selection, and each time all of it would be gone through.
+        m_isChangePending = true;
+        QMetaObject::invokeMethod(this, "endPendingChange", Qt::QueuedConnection);
+    }
+}
+
+void MList::endPendingChange()
+{
+    m_isChangePending = false;
     panel->listSelectionChanged();
 }
 

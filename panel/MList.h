@@ -63,12 +63,14 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private slots:
+    void endPendingChange();
     void restorePlace();
 
 private:
     void repaintFocus();
     void restoreRows();
 
+    bool m_isChangePending = false; ///< the panel is to be called once all rows have gone
     Place m_place; ///< to be restored
     QPointer<QAbstractItemModel>
         m_placeModel; ///< model whose loading m_place waits for; null where none does

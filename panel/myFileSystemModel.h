@@ -68,6 +68,10 @@ public:
     /// of its own.
     void retire();
 
+    /// @return whether rows are being removed, one after the other: who asks for all selected rows waits for
+    /// the end
+    bool isRemoving() const { return m_isRemoving; }
+
     /// Reads all loaded folders again, for changes that the system did not announce.
     void refresh();
 
@@ -93,6 +97,7 @@ private:
     QVariant displayText(const QModelIndex& index) const;
     QIcon icon(const QModelIndex& index) const;
     void dropFolder(const QString& folder);
+    void removeAllBut(const QString& folder, const QStringList& names);
     bool leavesRemoval(int rows, int removed);
     bool dropRows(const FolderReading& reading);
     void feedSlice(const FolderReading& reading, int count);
@@ -104,6 +109,7 @@ private:
     MPanel* panel;
     int columns = 0;
     bool m_showsNothing = false;
+    bool m_isRemoving = false;
 
     LoadingIconProvider m_provider;
     /// A call of the base class to itself is being delivered. Stands before m_reader, whose making sends an

@@ -37,6 +37,7 @@ private slots:
     void rootThatGoesLeavesNothing();
     void manyRemovalsKeepTheSelection();
     void whatIsSelectedMeanwhileStays();
+    void selectionIsAskedOnceWhenRowsGo();
 
 private:
     void expectNothing();
@@ -267,6 +268,31 @@ void TestMPanelRows::whatIsSelectedMeanwhileStays()
     QVERIFY(readAnotherFolder());
     panel->getSelection();
     QCOMPARE(panel->selectedPaths, QStringList{dir->path("two")});
+}
+
+/// Asking for all selected rows at each one that goes froze the window for seconds.
+void TestMPanelRows::selectionIsAskedOnceWhenRowsGo()
+{
+    dir->files(QStringLiteral("d"), 40, QStringLiteral("f%1"));
+    QVERIFY(openFolder(panel, dir->path(QStringLiteral("d"))));
+    panel->list->setFocus();
+    panel->list->selectAll();
+    QCOMPARE(panel->selectedCount, 40);
+    QList<int> counts;
+    connect(panel->listModel, &QAbstractItemModel::rowsRemoved, this,
+        [&] { counts.append(panel->selectedCount); });
+    FolderReading reading;
+    reading.folder = dir->path(QStringLiteral("d"));
+    reading.exists = true;
+    for (int i = 0; i < 30; ++i) {
+        reading.removed.append(QStringLiteral("f%1").arg(i));
+        QVERIFY(QFile::remove(dir->path(QStringLiteral("d/f%1").arg(i))));
+    }
+    QVERIFY(QMetaObject::invokeMethod(panel->listModel, "takeReading", Q_ARG(FolderReading, reading)));
+    QTRY_COMPARE(panel->selectionLabel->text(), QStringLiteral("Selected 10 file(s), 0 Bytes"));
+    QVERIFY(counts.size() >= 30);
+    QCOMPARE(counts.mid(0, 30), QVector<int>(30, 40).toList());
+    QCOMPARE(panel->selectedPaths.size(), 10);
 }
 
 VANTREL_TEST_MAIN(TestMPanelRows)
