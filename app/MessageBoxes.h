@@ -6,10 +6,13 @@
 /// static functions would show a name that looks like HTML as rich text. GUI thread only; each runs its own
 /// event loop and returns once the box is closed.
 
-/// Leaves out the middle of a text that has so many lines that the buttons of its box would lie below the
-/// screen. The name of a file may hold a hundred line breaks.
+/// Leaves out the middle of a text that has so many lines, once long ones are wrapped, that the buttons of
+/// its box would lie below the screen. The name of a file may hold a hundred line breaks, and a path
+/// thousands of letters.
 /// @param text lines parted by "\n"
-/// @return the text; of one of more than 25 lines the first and the last twelve, parted by a line "..."
+/// @return the text; of one of more than 25 lines the first and the last twelve, parted by a line "..."; of
+/// lines that
+///         take more room than that when wrapped, the beginning and the end of each that is too long
 QString boxText(const QString& text);
 
 /// Shows an error box with one OK button.

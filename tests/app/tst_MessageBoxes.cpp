@@ -89,10 +89,41 @@ private slots:
         QCOMPARE(boxText(QString()), QString());
     }
 
+    void longLinesAreCut()
+    {
+        const QString usual = QStringLiteral("Delete file:\n/") + QString(600, 'a');
+        QCOMPARE(boxText(usual), usual);
+        const QString path = "/begin" + QString(4000, 'a') + "/end";
+        const QString text
+            = boxText("Replace file:\n" + path + "\n2020-01-01 1 bytes\n\nWith file:\n" + path + "\nb");
+        const QStringList lines = text.split('\n');
+        QCOMPARE(lines.size(), 7);
+        QVERIFY(text.length() < 25 * 30);
+        for (const int at : {1, 5}) {
+            QVERIFY(lines.at(at).startsWith("/begin"));
+            QVERIFY(lines.at(at).endsWith("/end"));
+            QVERIFY(lines.at(at).contains("aaa...aaa"));
+            QVERIFY(lines.at(at).length() >= 240);
+        }
+        QCOMPARE(lines.at(2), QStringLiteral("2020-01-01 1 bytes"));
+    }
+
+    void buttonsStayOnTheScreen_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("many lines") << QStringLiteral("Delete file:\n/a/") + QString(250, '\n') + "end";
+        QString deep;
+        while (deep.length() < 4090) {
+            deep += "/folder";
+        }
+        QTest::newRow("long path") << QStringLiteral("Delete file:\n") + deep + "\nend";
+        QTest::newRow("two of them") << QStringLiteral("Replace file:\n") + deep + "\nx\n\nWith file:\n"
+                + deep + "\nend";
+    }
+
     void buttonsStayOnTheScreen()
     {
-        const QString text
-            = QStringLiteral("Delete file:\n/a/") + QString(250, QLatin1Char('\n')) + QStringLiteral("end");
+        QFETCH(QString, text);
         BoxAnswers answers;
         int height = 0;
         const auto look = [&height] { height = qMax(height, QApplication::activeModalWidget()->height()); };
