@@ -35,7 +35,18 @@ QIcon FileIcons::icon(const QFileInfo& info)
     if (known != nullptr) {
         return *known;
     }
-    const QIcon found = m_provider.icon(info);
+    const QIcon found = lookUp(info);
     m_icons.insert(key, new QIcon(found));
     return found;
+}
+
+/// The provider has no icon for what is neither file nor folder: pipes, sockets and devices. The file system
+/// model gives them the generic one.
+QIcon FileIcons::lookUp(const QFileInfo& info) const
+{
+    const QIcon found = m_provider.icon(info);
+    if (!found.isNull()) {
+        return found;
+    }
+    return m_provider.icon(info.isDir() ? QFileIconProvider::Folder : QFileIconProvider::File);
 }

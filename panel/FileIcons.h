@@ -18,11 +18,14 @@ public:
     static FileIcons& instance();
 
     /// @param info the file; its facts should have been looked up already
-    /// @return the icon that the standard icon provider gives for it
+    /// @return the icon that the standard file system model shows for it, never a null one where there are
+    /// generic icons
     QIcon icon(const QFileInfo& info);
 
 private:
     explicit FileIcons(QObject* parent);
+
+    QIcon lookUp(const QFileInfo& info) const;
 
     QFileIconProvider m_provider;
     QCache<QString, QIcon> m_icons; ///< by path, kind and time of the last change

@@ -420,13 +420,15 @@ void TestmyFileSystemModel::otherIconsAreTheBases()
     for (const char* name : {"file", "a.txt", "b.png", ".hidden"}) {
         dir->file(QLatin1String(name));
     }
+    dir->fifo(QStringLiteral("fifo"));
+    dir->socket(QStringLiteral("socket"));
     QFileSystemModel stock;
     stock.setFilter(listFilter);
     QSignalSpy loaded(&stock, &QFileSystemModel::directoryLoaded);
     const QModelIndex stockRoot = stock.setRootPath(dir->path());
     QVERIFY(loaded.wait());
     load(dir->path());
-    for (const char* name : {"folder", "file", "a.txt", "b.png", ".hidden", ".."}) {
+    for (const char* name : {"folder", "file", "a.txt", "b.png", ".hidden", "..", "fifo", "socket"}) {
         const QModelIndex index = row(QLatin1String(name));
         QVERIFY(!picture(index.data(Qt::DecorationRole)).isNull());
         QCOMPARE(picture(index.data(Qt::DecorationRole)),

@@ -105,6 +105,13 @@ QString TestDir::fifo(const QString& relative) const
     return full;
 }
 
+QString TestDir::socket(const QString& relative) const
+{
+    const QString full = path(relative);
+    require(::mknod(QFile::encodeName(full).constData(), S_IFSOCK | 0644, 0) == 0, "make socket", full);
+    return full;
+}
+
 void TestDir::files(const QString& relativeFolder, int count, const QString& pattern) const
 {
     const QByteArray base = QFile::encodeName(folder(relativeFolder)) + '/';

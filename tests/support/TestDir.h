@@ -37,6 +37,8 @@ public:
     /// Makes a symbolic link whose text is @p target.
     QString link(const QString& relative, const QString& target) const;
     QString fifo(const QString& relative) const;
+    /// Makes a socket that nobody listens at.
+    QString socket(const QString& relative) const;
     /// Makes @p count empty files named after @p pattern, in which %1 is the running number from 0.
     void files(const QString& relativeFolder, int count,
         const QString& pattern = QStringLiteral("file%1.txt")) const;
