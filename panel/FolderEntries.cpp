@@ -133,6 +133,48 @@ bool factsDiffer(const QFileInfo& one, const QFileInfo& other)
         || one.lastModified() != other.lastModified();
 }
 
+std::vector<int> positionsOf(const FolderEntries& entries)
+{
+    std::vector<int> positions(static_cast<std::size_t>(entries.size()));
+    std::iota(positions.begin(), positions.end(), 0);
+    return positions;
+}
+
+/// @param entries in the order of names, folders first
+/// @return their positions in the order of names, folders not apart
+std::vector<int> orderByName(const FolderEntries& entries)
+{
+    std::vector<int> order = positionsOf(entries);
+    const auto firstFile = std::partition_point(
+        order.begin(), order.end(), [&entries](int at) { return entries.at(at).second.isDir(); });
+    const QCollator collator = nameCollator();
+    std::inplace_merge(order.begin(), firstFile, order.end(), [&](int left, int right) {
+        const QString& leftName = entries.at(left).first;
+        const QString& rightName = entries.at(right).first;
+        const int sign = collator.compare(leftName, rightName);
+        return sign != 0 ? sign < 0 : leftName < rightName;
+    });
+    return order;
+}
+
+/// @param keyOf gives what an entry is sorted by
+/// @return positions of the entries in the order of their keys, equal ones by name. Folders are not apart:
+/// the file system model puts them first only by name and by size.
+template <typename KeyOf>
+std::vector<int> orderByKeys(const FolderEntries& entries, const KeyOf& keyOf)
+{
+    std::vector<decltype(keyOf(QFileInfo()))> keys;
+    keys.reserve(static_cast<std::size_t>(entries.size()));
+    for (const auto& entry : entries) {
+        keys.push_back(keyOf(entry.second));
+    }
+    std::vector<int> order = orderByName(entries);
+    std::stable_sort(order.begin(), order.end(), [&keys](int left, int right) {
+        return keys[static_cast<std::size_t>(left)] < keys[static_cast<std::size_t>(right)];
+    });
+    return order;
+}
+
 } // namespace
 
 void sortFolderEntries(FolderEntries& entries)
@@ -179,24 +221,12 @@ void countFolderEntries(FolderReading& reading)
 std::vector<int> orderFolderEntries(
     const FolderEntries& entries, int column, const std::function<QString(const QFileInfo&)>& ownerText)
 {
-    const auto count = static_cast<std::size_t>(entries.size());
-    std::vector<int> order(count);
-    std::iota(order.begin(), order.end(), 0);
-    const auto sortBy = [&order](const auto& keys) {
-        std::stable_sort(order.begin(), order.end(), [&keys](int left, int right) {
-            return keys[static_cast<std::size_t>(left)] < keys[static_cast<std::size_t>(right)];
-        });
-    };
     if (column == 2) {
-        std::vector<QString> texts(count);
-        std::transform(entries.begin(), entries.end(), texts.begin(),
-            [&](const auto& entry) { return ownerText(entry.second); });
-        sortBy(texts);
-    } else if (column == 3) {
-        std::vector<qint64> times(count);
-        std::transform(entries.begin(), entries.end(), times.begin(),
-            [](const auto& entry) { return entry.second.lastModified().toMSecsSinceEpoch(); });
-        sortBy(times);
+        return orderByKeys(entries, ownerText);
     }
-    return order;
+    if (column == 3) {
+        return orderByKeys(
+            entries, [](const QFileInfo& info) { return info.lastModified().toMSecsSinceEpoch(); });
+    }
+    return positionsOf(entries);
 }

@@ -45,8 +45,8 @@ void compareFolderEntries(const FolderEntries& before, FolderReading& reading);
 void countFolderEntries(FolderReading& reading);
 
 /// Gives the order of entries by a column of the listing: by owner text or by time, equal ones by
-/// name. May be called from any thread.
-/// @param entries the entries, in the order of names
+/// name, folders not apart. May be called from any thread.
+/// @param entries the entries, in the order of sortFolderEntries()
 /// @param column 2 for the owner, 3 for the time, any other for the order as it is
 /// @param ownerText text of the owner column for an entry
 /// @return positions in @p entries, first row first

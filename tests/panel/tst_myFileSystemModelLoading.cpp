@@ -13,6 +13,22 @@
 #include <QSignalSpy>
 #include <QThreadPool>
 
+namespace {
+
+/// Sets the default locale as long as it lives.
+class LocaleHere
+{
+public:
+    explicit LocaleHere(const QString& name)
+    {
+        QLocale::setDefault(name == QLatin1String("C") ? QLocale::c() : QLocale(name));
+    }
+    ~LocaleHere() { QLocale::setDefault(QLocale::c()); }
+    Q_DISABLE_COPY_MOVE(LocaleHere)
+};
+
+} // namespace
+
 /// How the entries of a folder come into the model, in which order, and how they follow the disk.
 class TestmyFileSystemModelLoading : public QObject, protected ModelFixture
 {
@@ -26,6 +42,8 @@ private slots:
     void loadsInTheStockOrder();
     void sortsLikeTheStockModel_data();
     void sortsLikeTheStockModel();
+    void sortsByOwnerText_data();
+    void sortsByOwnerText();
     void rowsThatComeLaterAreSorted();
     void bigFolderComesWhole();
     void retired_data();
@@ -51,7 +69,39 @@ private slots:
     void refreshShowsUnseenChanges();
     void unreadableFolder();
     void testerOnTree();
+
+private:
+    QString makeEntriesWithEqualKeys() const;
 };
+
+/// Files and folders of which several at a time have the same size and the same time, as has the folder
+/// above.
+/// @return the folder that they are in
+QString TestmyFileSystemModelLoading::makeEntriesWithEqualKeys() const
+{
+    const QString folder = QStringLiteral("in/");
+    QStringList names;
+    for (int i = 0; i < 40; ++i) {
+        names.append(folder + QStringLiteral("f%1").arg((i * 7) % 40));
+    }
+    for (const char* name : {"b", "C", "\xc3\xa4", "f3 more", "_", "zzz"}) {
+        names.append(folder + QString::fromUtf8(name));
+    }
+    for (const QString& name : qAsConst(names)) {
+        dir->file(name, QByteArray(10 + name.length() % 4, 'x'));
+    }
+    for (const char* name : {"a folder", "F7 folder", "f12 folder", "zz"}) {
+        names.append(folder + QLatin1String(name));
+        dir->folder(names.constLast());
+    }
+    dir->link(folder + "f9 link", QStringLiteral("zz"));
+    dir->link(folder + "nothing", QStringLiteral("nowhere"));
+    names.append(QStringLiteral("."));
+    for (int i = 0; i < names.size(); ++i) {
+        dir->setTimes(names.at(i), 1000000 + 100 * (i % 3));
+    }
+    return dir->path(QStringLiteral("in"));
+}
 
 void TestmyFileSystemModelLoading::loadsInTheStockOrder_data()
 {
@@ -81,10 +131,14 @@ void TestmyFileSystemModelLoading::sortsLikeTheStockModel_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<int>("order");
-    const char* names[] = {"name", "size", "column 2", "modified"};
-    for (const int column : {0, 1, 3}) {
-        QTest::newRow(QByteArray(names[column]) + " ascending") << column << int(Qt::AscendingOrder);
-        QTest::newRow(QByteArray(names[column]) + " descending") << column << int(Qt::DescendingOrder);
+    QTest::addColumn<QString>("locale");
+    const char* names[] = {"name", "size", "owner", "modified"};
+    for (const char* locale : {"C", "en_US"}) {
+        for (const int column : {0, 1, 3}) {
+            const QByteArray name = QByteArray(locale) + ' ' + names[column];
+            QTest::newRow(name + " ascending") << column << int(Qt::AscendingOrder) << QString(locale);
+            QTest::newRow(name + " descending") << column << int(Qt::DescendingOrder) << QString(locale);
+        }
     }
 }
 
@@ -92,35 +146,53 @@ void TestmyFileSystemModelLoading::sortsLikeTheStockModel()
 {
     QFETCH(int, column);
     QFETCH(int, order);
-    for (int i = 0; i < 30; ++i) {
-        const QString name = QStringLiteral("f%1").arg((i * 7) % 30);
-        dir->file(name, QByteArray(10 + (i * 11) % 30, 'x'));
-        dir->setTimes(name, 1000000 + 100 * ((i * 13) % 30));
-    }
-    dir->folder(QStringLiteral("sub"));
-    dir->setTimes(QStringLiteral("sub"), 5);
-    load(dir->path());
+    QFETCH(QString, locale);
+    const LocaleHere here(locale);
+    const QString folder = makeEntriesWithEqualKeys();
+    load(folder);
     model->sort(column, static_cast<Qt::SortOrder>(order));
-    QStringList got = rowNames(*model, root);
-    QStringList expected = stockOrder(dir->path(), column, static_cast<Qt::SortOrder>(order));
-    QCOMPARE(got.size(), 32);
-    // Both folders have no size: which comes first is an accident.
-    for (QStringList* names : {&got, &expected}) {
-        if (column == 1) {
-            names->removeAll(QStringLiteral("sub"));
-        }
-    }
-    QCOMPARE(got, expected);
+    const QStringList expected = stockOrder(folder, column, static_cast<Qt::SortOrder>(order));
+    QCOMPARE(expected.size(), 53);
+    QCOMPARE(rowNames(*model, root), expected);
     // The same from every other order, the way that header clicks go.
-    for (const int before : {0, 1, 3}) {
+    for (const int before : {0, 1, 2, 3}) {
         model->sort(before, order == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder);
         model->sort(column, static_cast<Qt::SortOrder>(order));
-        got = rowNames(*model, root);
-        if (column == 1) {
-            got.removeAll(QStringLiteral("sub"));
-        }
-        QCOMPARE(got, expected);
+        QCOMPARE(rowNames(*model, root), expected);
     }
+}
+
+void TestmyFileSystemModelLoading::sortsByOwnerText_data()
+{
+    QTest::addColumn<int>("order");
+    QTest::newRow("ascending") << int(Qt::AscendingOrder);
+    QTest::newRow("descending") << int(Qt::DescendingOrder);
+}
+
+// The texts as they are shown; equal ones by name, folders not apart.
+void TestmyFileSystemModelLoading::sortsByOwnerText()
+{
+    QFETCH(int, order);
+    const LocaleHere here(QStringLiteral("en_US")); // numbers as numbers
+    for (const char* name : {"m 10", "B", "z", "a"}) {
+        dir->file(QLatin1String(name));
+        dir->setMode(QLatin1String(name), 0700);
+    }
+    for (const char* name : {"m 9", "c"}) {
+        dir->folder(QLatin1String(name));
+        dir->setMode(QLatin1String(name), 0700);
+    }
+    dir->file(QStringLiteral("first"));
+    dir->setMode(QStringLiteral("first"), 0600);
+    load(dir->path());
+    model->sort(2, static_cast<Qt::SortOrder>(order));
+    QStringList names = rowNames(*model, root);
+    names.removeAll(QStringLiteral(".."));
+    QStringList expected{"first", "a", "B", "c", "m 9", "m 10", "z"};
+    if (order == Qt::DescendingOrder) {
+        std::reverse(expected.begin(), expected.end());
+    }
+    QCOMPARE(names, expected);
 }
 
 void TestmyFileSystemModelLoading::rowsThatComeLaterAreSorted()
