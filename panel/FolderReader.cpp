@@ -110,8 +110,10 @@ void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quin
     if (state == m_folders.end() || state->serial != serial) {
         return; // forgotten since it was started, and perhaps asked for again
     }
+    const bool completes = state->partTold && reading.complete;
     state->entries = reading.entries;
     state->read = true;
+    state->partTold = !reading.complete;
     if (reading.complete) {
         state->running = false;
         state->tookMs = tookMs;
@@ -125,7 +127,8 @@ void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quin
             wakeDueTimer();
         }
     }
-    if (reading.first || !reading.exists || !reading.changed.isEmpty() || !reading.removed.isEmpty()) {
+    if (reading.first || completes || !reading.exists || !reading.changed.isEmpty()
+        || !reading.removed.isEmpty()) {
         emit readingDone(reading);
     }
 }

@@ -39,7 +39,8 @@ public:
     void forget(const QString& folder);
 
 signals:
-    /// A reading is there. Emitted on the GUI thread; for a known folder only when something has changed.
+    /// A reading is there. Emitted on the GUI thread; for a known folder only when something has changed, or
+    /// when only a part of it was there before.
     void readingDone(const FolderReading& reading);
 
 private slots:
@@ -52,6 +53,7 @@ private:
     {
         FolderEntries entries;
         bool read = false; ///< `entries` holds a reading
+        bool partTold = false; ///< of a slow folder, the rest of which is still to come
         bool running = false; ///< a job is under way
         quint64 serial = 0; ///< of the job that was started last
         bool due = false; ///< to be read again

@@ -215,5 +215,7 @@ void myFileSystemModel::endFeed()
     if (m_needsSort) {
         sortNow();
     }
-    emit directoryLoaded(m_loaded.folder);
+    if (m_loaded.complete) {
+        emit directoryLoaded(m_loaded.folder);
+    }
 }

@@ -36,6 +36,7 @@ private slots:
     void init();
     void slowFolderComesInTwoParts();
     void slowFolderThatIsKnownComesAtOnce();
+    void completeReadingIsToldAfterAPart();
     void notWantedAnyMore_data();
     void notWantedAnyMore();
     void isNoFolder();
@@ -102,6 +103,29 @@ void TestFolderReadJob::slowFolderThatIsKnownComesAtOnce()
     QVERIFY(all.at(0).reading.complete && !all.at(0).reading.first);
     QCOMPARE(all.at(0).reading.entries.size(), 6);
     QCOMPARE(namesIn(all.at(0).reading.changed), QStringList());
+}
+
+// The folder is slow only at its end, where all entries are there already.
+void TestFolderReadJob::completeReadingIsToldAfterAPart()
+{
+    FaultShim shim(m_dir.path());
+    shim.delay("readdir", QStringLiteral("folder"), 1050, 8, 1);
+    FolderReader reader(nullptr);
+    QVector<FolderReading> told;
+    connect(&reader, &FolderReader::readingDone, this,
+        [&told](const FolderReading& reading) { told.append(reading); });
+    reader.read(m_folder);
+    QTRY_COMPARE(told.size(), 2);
+    QVERIFY(told.at(0).first && !told.at(0).complete);
+    QCOMPARE(told.at(0).entries.size(), 6);
+    QVERIFY(!told.at(1).first && told.at(1).complete);
+    QCOMPARE(told.at(1).files, 5);
+    QCOMPARE(namesIn(told.at(1).changed), QStringList());
+    reader.read(m_folder);
+    QTRY_COMPARE(shim.count("closedir", QStringLiteral("folder")), 2);
+    QTRY_VERIFY(otherThreadsWait());
+    QCoreApplication::processEvents();
+    QCOMPARE(told.size(), 2); // nothing has changed
 }
 
 void TestFolderReadJob::notWantedAnyMore_data()

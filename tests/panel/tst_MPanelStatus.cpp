@@ -5,6 +5,8 @@
 #include "panel/MDriveBar.h"
 #include "panel/MList.h"
 #include "panel/MTree.h"
+#include "panel/myFileSystemModel.h"
+#include "tests/support/FaultShim.h"
 #include "tests/support/PanelFixture.h"
 #include "tests/support/TestMain.h"
 
@@ -14,6 +16,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSemaphore>
 #include <QStorageInfo>
 
 /// What the status bar tells, and the selection that it counts.
@@ -28,6 +31,8 @@ private slots:
     void counts_data();
     void counts();
     void countsFollowTheDisk();
+    void countsOfASlowFolder();
+    void countsOfAFolderWithASlowEnd();
     void folderTextIsPlain();
     void selectionOfTheTree();
     void selectionOfTheList();
@@ -81,6 +86,40 @@ void TestMPanelStatus::countsFollowTheDisk()
     QCOMPARE(listText(panel, QStringLiteral("f"), 1), QStringLiteral("5"));
     QVERIFY(QFile::remove(dir->path(QStringLiteral("new/f"))));
     QTRY_COMPARE(panel->folderLabel->text(), path + QStringLiteral(" has 0 dirs, 0 files, 0 Bytes"));
+}
+
+// The first part of a slow folder is shown, and not counted.
+void TestMPanelStatus::countsOfASlowFolder()
+{
+    const QString slow = QStringLiteral("slow");
+    dir->files(slow, 5);
+    const QString before = panel->folderLabel->text();
+    QVERIFY(!before.isEmpty());
+    QSemaphore mayGoOn;
+    FaultShim shim(dir->path());
+    shim.delay("readdir", slow, 1050, 5, 1);
+    shim.before("closedir", slow, 1, [&mayGoOn] { mayGoOn.acquire(); });
+    panel->treeRowChanged(dir->path(slow));
+    const auto rows = [this] { return panel->listModel->rowCount(panel->list->rootIndex()); };
+    const bool partShown = QTest::qWaitFor([&rows] { return rows() > 0; });
+    QCoreApplication::processEvents();
+    const QString meanwhile = panel->folderLabel->text();
+    mayGoOn.release();
+    QVERIFY(partShown);
+    QCOMPARE(meanwhile, before);
+    QTRY_COMPARE(panel->folderLabel->text(), dir->path(slow) + " has 0 dirs, 5 files, 0 Bytes");
+    QCOMPARE(rows(), 6);
+}
+
+// All entries are in the first part: nothing changes with the rest but that they are counted.
+void TestMPanelStatus::countsOfAFolderWithASlowEnd()
+{
+    const QString slow = QStringLiteral("slow");
+    dir->files(slow, 5);
+    FaultShim shim(dir->path());
+    shim.delay("readdir", slow, 1050, 8, 1);
+    panel->treeRowChanged(dir->path(slow));
+    QTRY_COMPARE(panel->folderLabel->text(), dir->path(slow) + " has 0 dirs, 5 files, 0 Bytes");
 }
 
 void TestMPanelStatus::folderTextIsPlain()
