@@ -1,5 +1,6 @@
 #include "app/ReadConfig.h"
 
+#include "app/FileNames.h"
 #include "app/MessageBoxes.h"
 #include "app/TextHelpers.h"
 #include "app/aGlobal.h"
@@ -197,6 +198,7 @@ bool ReadConfigLines(const QString& path, const std::function<void(const ConfigL
     gstMenu.clear();
 
     QTextStream stream(&file);
+    stream.setCodec(localeCodec());
     for (int number = 1; !stream.atEnd(); ++number) {
         ConfigLine line = readLine(nextLine(stream));
         line.number = number;

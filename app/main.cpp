@@ -1,5 +1,6 @@
 #include "app/EndSignals.h"
 #include "app/HeldKeys.h"
+#include "app/FileNames.h"
 #include "app/InheritedDescriptors.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
@@ -83,6 +84,7 @@ int main(int argc, char** argv)
 {
     fillStandardDescriptors();
     keepInheritedDescriptors();
+    useUtf8FileNames();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     nameTimeZone();

@@ -1,3 +1,4 @@
+#include "app/FileNames.h"
 #include "app/aGlobal.h"
 #include "check/SettingsCheck.h"
 
@@ -6,6 +7,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTextCodec>
 
 #include <cstdio>
 
@@ -75,9 +77,14 @@ QByteArray usersFile()
     return home.isEmpty() ? QByteArray() : home + (home.endsWith('/') ? ".Vantrel" : "/.Vantrel");
 }
 
+QByteArray forTerminal(const QString& text)
+{
+    return localeCodec()->fromUnicode(text);
+}
+
 int fail(const QString& text)
 {
-    const QByteArray bytes = QStringLiteral("vantrel-check: %1\n").arg(text).toLocal8Bit();
+    const QByteArray bytes = forTerminal(QStringLiteral("vantrel-check: %1\n").arg(text));
     static_cast<void>(std::fputs(bytes.constData(), stderr));
     return Trouble;
 }
@@ -100,7 +107,7 @@ QByteArray asText(const QString& file, const Findings& findings)
         text += place + QStringLiteral(": ") + finding.text + QStringLiteral(" [") + finding.kind
             + QStringLiteral("]\n");
     }
-    return text.toLocal8Bit();
+    return forTerminal(text);
 }
 
 QByteArray asJson(const QString& file, const Findings& findings)
@@ -121,7 +128,7 @@ int checkFile(const QByteArray& name, bool json)
         return fail(QStringLiteral("HOME is not set, so that there is no ~/.Vantrel: name a file"));
     }
     if (QFile::encodeName(file) != name) {
-        return fail(QStringLiteral("%1 cannot be read: its name is no text in the locale").arg(file));
+        return fail(QStringLiteral("%1 cannot be read: its name is not UTF-8").arg(file));
     }
     SettingsCheck check;
     if (!check.read(file)) {
@@ -144,6 +151,7 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "minimal");
     qputenv("XDG_RUNTIME_DIR", "/dev/null");
     qputenv("TMPDIR", "/dev/null");
+    useUtf8FileNames();
     QList<QByteArray> arguments;
     for (int i = 1; i < argc; ++i) {
         arguments.append(QByteArray(argv[i]));
@@ -155,7 +163,7 @@ int main(int argc, char** argv)
         return fail(options.error);
     }
     if (!options.text.isEmpty()) {
-        return put(options.text.toLocal8Bit(), NothingFound);
+        return put(forTerminal(options.text), NothingFound);
     }
     return checkFile(options.file.isNull() ? usersFile() : options.file, options.json);
 }

@@ -1,25 +1,12 @@
 #include "info/WalkEntries.h"
 
-#include <QTextCodec>
+#include "app/FileNames.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
 
 namespace {
-
-/// @return whether the name is text in the locale's encoding, without anything that it cannot hold
-bool isText(const char* name, std::size_t length)
-{
-    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
-    if (std::all_of(name, name + length, isAscii)) {
-        return true;
-    }
-    QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-    QTextCodec::codecForLocale()->toUnicode(name, static_cast<int>(length), &state);
-    return state.invalidChars == 0 && state.remainingChars == 0;
-}
 
 unsigned char kindOf(mode_t mode)
 {
@@ -63,7 +50,7 @@ void WalkEntries::append(const dirent& entry)
     const std::size_t length = std::strlen(entry.d_name);
     const bool maybeWanted = entry.d_type == DT_DIR || entry.d_type == DT_REG || entry.d_type == DT_LNK
         || entry.d_type == DT_UNKNOWN;
-    if (!maybeWanted || FolderListing::isDots(entry.d_name) || !isText(entry.d_name, length)) {
+    if (!maybeWanted || FolderListing::isDots(entry.d_name) || !isFileName(entry.d_name, length)) {
         return;
     }
     m_entries.push_back(static_cast<char>(entry.d_type));

@@ -12,8 +12,8 @@
 
 /// The entries of one folder, listed at once, and what QFileInfo would tell of them at the price of one look
 /// at the disk each. Left out is what QDir leaves out of a list of all entries without system ones: "." and
-/// "..", broken links, what is neither file nor folder nor link, and names that are no text in the locale's
-/// encoding. Hidden entries are in. May be used on any thread.
+/// "..", broken links, what is neither file nor folder nor link, and names that are not UTF-8. Hidden entries
+/// are in. May be used on any thread.
 class WalkEntries
 {
 public:

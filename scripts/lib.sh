@@ -23,7 +23,7 @@ PACKAGES_LINT="clang-tidy clazy mandoc shellcheck python3 python3-pyflakes"
 PACKAGES_COVERAGE="lcov"
 PACKAGES_VALGRIND="valgrind libc6-dbg"
 PACKAGES_FUZZ="clang libclang-rt-14-dev"
-PACKAGES_TEST="qtbase5-private-dev python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth
+PACKAGES_TEST="qtbase5-private-dev locales python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth
  btrfs-progs fuse3 libfuse3-dev mount pkg-config weston qtwayland5"
 # What the recipes of examples/recipes run that are tested by running them.
 PACKAGES_RECIPES="bzip2 fdupes file git gpg gpg-agent less libarchive-tools libglib2.0-bin p7zip-full

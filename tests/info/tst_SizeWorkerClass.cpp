@@ -12,13 +12,10 @@
 #include <QProcess>
 #include <QSignalSpy>
 
-#include <cstring>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 namespace QTest {
 template <>
@@ -61,17 +58,6 @@ void makeRaw(const QString& folder, const QByteArray& name, bool isFolder)
     const int number = ::open(path.constData(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
     QVERIFY(number >= 0);
     QCOMPARE(::write(number, "12345", 5), 5);
-    ::close(number);
-}
-
-void makeSocket(const QString& path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    const QByteArray bytes = QFile::encodeName(path);
-    std::memcpy(address.sun_path, bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    const int number = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    QCOMPARE(::bind(number, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ::close(number);
 }
 
@@ -132,7 +118,7 @@ private:
             dir.link(QStringLiteral("b/a"), QStringLiteral("../a"));
         } else if (tree == QLatin1String("special files")) {
             dir.fifo(QStringLiteral("fifo"));
-            makeSocket(dir.path(QStringLiteral("socket")));
+            dir.socket(QStringLiteral("socket"));
             dir.link(QStringLiteral("to fifo"), QStringLiteral("fifo"));
             dir.link(QStringLiteral("to socket"), QStringLiteral("socket"));
             dir.link(QStringLiteral("to device"), QStringLiteral("/dev/null"));
