@@ -1,5 +1,6 @@
 #include "app/aVantrel.h"
 
+#include "app/KeyboardWatch.h"
 #include "app/WindowSystem.h"
 #include "app/aGlobal.h"
 #include "panel/MList.h"
@@ -12,9 +13,6 @@
 #include <QMessageBox>
 
 namespace {
-
-/// Who has gone to another program has been there for longer when a dialog ends by itself.
-constexpr qint64 awayMs = 1000;
 
 /// @return a shown panel owned by @p window, at a place that holds until the window is first resized
 MPanel* makePanel(aVantrel* window, int x, const QString& accessibleName)
@@ -33,6 +31,7 @@ MPanel* makePanel(aVantrel* window, int x, const QString& accessibleName)
 aVantrel::aVantrel(QWidget* parent)
     : QMainWindow(parent)
     , ui(std::make_unique<Ui::aVantrel>())
+    , keyboard(std::make_unique<KeyboardWatch>())
 {
     ui->setupUi(this);
     gwMainframe = this;
@@ -40,8 +39,6 @@ aVantrel::aVantrel(QWidget* parent)
     // The second panel comes first. That is wanted: while it is built there is no gwPanel1 yet.
     gwPanel2 = makePanel(this, 700, QStringLiteral("Panel 2"));
     gwPanel1 = makePanel(this, 100, QStringLiteral("Panel 1"));
-    connect(qApp, SIGNAL(applicationStateChanged(Qt::ApplicationState)), this,
-        SLOT(noteApplicationState(Qt::ApplicationState)));
     showMaximized();
 }
 
@@ -97,22 +94,13 @@ bool aVantrel::event(QEvent* event)
     return QMainWindow::event(event);
 }
 
-void aVantrel::noteApplicationState(Qt::ApplicationState state)
-{
-    if (state == Qt::ApplicationActive) {
-        inactive.invalidate();
-    } else if (!inactive.isValid()) {
-        inactive.start();
-    }
-}
-
 /// A dialog can be gone before the window manager gives it the keyboard, as with a copy that takes no time.
 /// This window has got it then and is not told: Qt holds that news back while a dialog is open, for the
 /// dialog. Its lists would not know that they have the keyboard, and commands would find nothing to act on.
+/// Where the user has gone to another program meanwhile, it stays there: letters are commands here.
 void aVantrel::takeKeyboard()
 {
-    const bool userIsAway = inactive.isValid() && inactive.elapsed() > awayMs;
-    if (userIsAway || QApplication::activeModalWidget() != nullptr) {
+    if (!keyboard->isOurs() || QApplication::activeModalWidget() != nullptr) {
         return;
     }
     askForKeyboard(this);

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QMainWindow>
 
 #include <memory>
+
+class KeyboardWatch;
 
 namespace Ui {
 class aVantrel;
@@ -29,11 +30,10 @@ protected:
     /// Goes through the panels in the order in which they are seen, and over what cannot be seen: the second
     /// of two panels in an arrangement without it, path buttons beyond the edge.
     bool focusNextPrevChild(bool next) override;
-    /// Takes the keyboard once the last dialog is gone.
+    /// Takes the keyboard once the last dialog is gone, unless another program has it.
     bool event(QEvent* event) override;
 
 private slots:
-    void noteApplicationState(Qt::ApplicationState state);
     void takeKeyboard();
     void on_actionExit_triggered();
     void on_actionTile_Vertically_triggered();
@@ -46,5 +46,5 @@ private:
     void arrange(int arrangement);
 
     std::unique_ptr<Ui::aVantrel> ui;
-    QElapsedTimer inactive; ///< since no window of the program has the keyboard; invalid while one has it
+    std::unique_ptr<KeyboardWatch> keyboard;
 };

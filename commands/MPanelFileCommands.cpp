@@ -2,6 +2,7 @@
 
 #include "panel/MPanel.h"
 
+#include "app/KeyboardWatch.h"
 #include "app/MessageBoxes.h"
 #include "app/PosixHandles.h"
 #include "app/TextHelpers.h"
@@ -44,6 +45,7 @@ std::shared_ptr<const HeldFolder> folderOfItems()
 void askAndRun(QWidget* parent, const QString& question, int kind)
 {
     const OneOperation here;
+    const KeyboardWatch keyboard;
     const std::shared_ptr<const HeldFolder> folder = folderOfItems(); // before there is time to swap it
     if (!questionBox(parent, gsProduct, question)) {
         return;
@@ -51,6 +53,9 @@ void askAndRun(QWidget* parent, const QString& question, int kind)
     const QPointer<MProgress> progress
         = new MProgress(parent, kind, folder); // frees itself when it has been executed
     progress->exec();
+    if (!keyboard.isOurs()) {
+        return; // the user has gone to another program, and types there
+    }
     // Where a question and the dialog close together, some window managers leave the keyboard to nobody.
     askForKeyboard(parent->window());
     const QWidget* active = QApplication::activeWindow();

@@ -1,9 +1,10 @@
 #include "app/aVantrel.h"
+#include "tests/support/Keyboard.h"
 #include "tests/support/Settings.h"
 #include "tests/support/TestMain.h"
 
 #include <QDialog>
-#include <QElapsedTimer>
+#include <QWindow>
 
 #include <memory>
 
@@ -20,11 +21,9 @@ private slots:
     void takesItAfterARealDialog();
     void leavesItToTheNextDialog();
     void leavesItToAnotherProgram();
-    void takesItAfterAShortAbsence();
 
 private:
     void unblock() const;
-    void note(Qt::ApplicationState state) const;
 
     std::unique_ptr<aVantrel> window;
 };
@@ -42,12 +41,6 @@ void TestKeyboardBack::unblock() const
     QEvent event(QEvent::WindowUnblocked);
     QCoreApplication::sendEvent(window.get(), &event);
     QCoreApplication::processEvents();
-}
-
-void TestKeyboardBack::note(Qt::ApplicationState state) const
-{
-    QVERIFY(QMetaObject::invokeMethod(
-        window.get(), "noteApplicationState", Qt::DirectConnection, Q_ARG(Qt::ApplicationState, state)));
 }
 
 void TestKeyboardBack::takesTheKeyboard()
@@ -80,23 +73,10 @@ void TestKeyboardBack::leavesItToTheNextDialog()
 
 void TestKeyboardBack::leavesItToAnotherProgram()
 {
-    QApplication::setActiveWindow(nullptr);
-    note(Qt::ApplicationInactive);
-    QElapsedTimer away;
-    away.start();
-    QTRY_VERIFY(away.hasExpired(1100));
-    note(Qt::ApplicationInactive); // told again: the absence does not begin anew
+    giveKeyboard(nullptr);
     unblock();
     QCOMPARE(QApplication::activeWindow(), nullptr);
-    note(Qt::ApplicationActive);
-    unblock();
-    QCOMPARE(QApplication::activeWindow(), window.get());
-}
-
-void TestKeyboardBack::takesItAfterAShortAbsence()
-{
-    QApplication::setActiveWindow(nullptr);
-    note(Qt::ApplicationInactive);
+    giveKeyboard(window->windowHandle());
     unblock();
     QCOMPARE(QApplication::activeWindow(), window.get());
 }
