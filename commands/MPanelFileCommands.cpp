@@ -17,7 +17,7 @@
 #include "panel/myFileSystemModel.h"
 
 #include <QApplication>
-#include <QFileInfo>
+#include <QByteArray>
 #include <QPair>
 #include <QPointer>
 #include <QVector>
@@ -80,14 +80,16 @@ class FoldersAbove
 public:
     explicit FoldersAbove(QString path)
     {
-        struct stat info;
-        while (!path.isEmpty() && ::stat(path.toUtf8().constData(), &info) != 0) {
+        Descriptor folder = open(AT_FDCWD, path.toUtf8());
+        while (folder.number() < 0 && !path.isEmpty()) {
             path.truncate(path.lastIndexOf(QLatin1Char('/')));
+            folder = open(AT_FDCWD, path.toUtf8());
         }
-        QString folder = QFileInfo(path).canonicalFilePath();
-        while (!folder.isEmpty() && ::stat(folder.toUtf8().constData(), &info) == 0) {
+        // Up by the folders themselves: on the way there may be names that are no text.
+        struct stat info;
+        while (::fstat(folder.number(), &info) == 0 && !m_folders.contains({info.st_dev, info.st_ino})) {
             m_folders.append({info.st_dev, info.st_ino});
-            folder = folder == QLatin1String("/") ? QString() : xs_UpOneLevel(folder);
+            folder = open(folder.number(), "..");
         }
     }
 
@@ -100,6 +102,11 @@ public:
     }
 
 private:
+    static Descriptor open(int from, const QByteArray& path)
+    {
+        return Descriptor(::openat(from, path.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+
     QVector<QPair<dev_t, ino_t>> m_folders;
 };
 

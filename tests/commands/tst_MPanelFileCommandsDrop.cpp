@@ -6,6 +6,11 @@
 #include "tests/support/ProgressWatch.h"
 #include "tests/support/TestMain.h"
 
+#include <QFile>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 /// The commands that copy and move what was dropped.
 class TestMPanelFileCommandsDrop : public QObject, private FileCommandPanels
 {
@@ -19,6 +24,7 @@ private slots:
     void dropChecks();
     void intoItselfByAnotherWay_data();
     void intoItselfByAnotherWay();
+    void intoItselfThroughANameThatIsNoText();
     void ownFolderByAnotherWay_data();
     void ownFolderByAnotherWay();
     void dropOfNothing();
@@ -151,6 +157,23 @@ void TestMPanelFileCommandsDrop::intoItselfByAnotherWay()
         panel->DoAction(code, QString(), QString());
         QCOMPARE(boxes.texts(),
             QStringList{refused ? refusal : (code == CommandDropCopy ? intoFolder : moveInto) + gsDropBase});
+    }
+}
+
+void TestMPanelFileCommandsDrop::intoItselfThroughANameThatIsNoText()
+{
+    const QByteArray folder = QFile::encodeName(from) + "/x\xe9";
+    QCOMPARE(::mkdir(folder.constData(), 0755), 0);
+    QCOMPARE(::mkdir((folder + "/sub").constData(), 0755), 0);
+    const QString target = dir->path(QStringLiteral("root/link"));
+    QCOMPARE(::symlink((folder + "/sub").constData(), QFile::encodeName(target).constData()), 0);
+    for (const QString& end : {QString(), QStringLiteral("/new")}) {
+        gslDragList = QStringList{from};
+        gsDropBase = target + end;
+        BoxAnswers boxes;
+        boxes.click(QStringLiteral("OK"));
+        panel->DoAction(CommandDropCopy, QString(), QString());
+        QCOMPARE(boxes.texts(), QStringList{refusal});
     }
 }
 
