@@ -124,8 +124,8 @@ void MPanel::on_ListView_DoubleClicked(const QModelIndex index)
     const QString name = listModel->entryName(index);
     const QFileInfo info(path);
     if (info.isSymLink()) {
-        const QFileInfo target(QFileInfo(info).symLinkTarget());
-        if (target.isDir() || target.isSymLink()) {
+        // Its text may be none that leads anywhere; whether it leads to a folder is asked of the link itself.
+        if (info.isDir() || QFileInfo(info.symLinkTarget()).isSymLink()) {
             return;
         }
     } else if (listModel->isDir(index)) {

@@ -16,6 +16,9 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 /// The ways from folder to folder, the path that is kept of them, the order of the listing, and folders that
 /// vanish.
 class TestMPanelBrowse : public QObject, protected PanelFixture
@@ -202,6 +205,7 @@ void TestMPanelBrowse::listDoubleClickOnALink_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("opens");
     QTest::newRow("to a folder") << QStringLiteral("to folder.x") << false;
+    QTest::newRow("to a folder whose name is no text") << QStringLiteral("to bytes.x") << false;
     QTest::newRow("to a link") << QStringLiteral("to link.x") << false;
     QTest::newRow("to a file") << QStringLiteral("to file.x") << true;
     QTest::newRow("dangling") << QStringLiteral("dangling.x") << true;
@@ -213,6 +217,11 @@ void TestMPanelBrowse::listDoubleClickOnALink()
     QFETCH(QString, name);
     QFETCH(bool, opens);
     dir->link(QStringLiteral("to folder.x"), QStringLiteral("a"));
+    const QByteArray bytes = QFile::encodeName(dir->path()) + "/x\xe9";
+    QCOMPARE(::mkdir(bytes.constData(), 0755), 0);
+    QCOMPARE(
+        ::symlink(bytes.constData(), QFile::encodeName(dir->path(QStringLiteral("to bytes.x"))).constData()),
+        0);
     dir->link(QStringLiteral("to file.x"), QStringLiteral("one"));
     dir->link(QStringLiteral("to link.x"), QStringLiteral("to file.x"));
     dir->link(QStringLiteral("dangling.x"), QStringLiteral("nowhere"));
