@@ -67,6 +67,13 @@ void FolderReadJob::run()
     }
 }
 
+/// A folder that is replaced while it is read is listed as what it was and has the facts of what it is. Its
+/// name counts as gone then: the base class would take the row out as well, but nobody would hear of it.
+bool FolderReadJob::isListed(const QFileInfo& info) const
+{
+    return !m_foldersOnly || (info.isDir() && !info.isSymLink());
+}
+
 FolderEntries FolderReadJob::readEntries()
 {
     QElapsedTimer clock;
@@ -77,7 +84,9 @@ FolderEntries FolderReadJob::readEntries()
         names.next();
         const QFileInfo info = names.fileInfo();
         lookUpFacts(info);
-        entries.append(qMakePair(info.fileName(), info));
+        if (isListed(info)) {
+            entries.append(qMakePair(info.fileName(), info));
+        }
         if (!m_firstPartDecided && clock.elapsed() >= slowFolderMs) {
             m_firstPartDecided = true;
             showFirstPart(entries, clock.elapsed());

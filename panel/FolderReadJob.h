@@ -30,6 +30,7 @@ signals:
 
 private:
     bool wanted() const { return !m_abandoned->load(std::memory_order_relaxed); }
+    bool isListed(const QFileInfo& info) const;
     FolderEntries readEntries();
     void showFirstPart(const FolderEntries& soFar, qint64 elapsedMs);
 

@@ -6,6 +6,7 @@
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
+#include <QDir>
 #include <QSemaphore>
 
 namespace {
@@ -37,6 +38,8 @@ private slots:
     void slowFolderComesInTwoParts();
     void slowFolderThatIsKnownComesAtOnce();
     void completeReadingIsToldAfterAPart();
+    void replacedWhileItIsRead_data();
+    void replacedWhileItIsRead();
     void notWantedAnyMore_data();
     void notWantedAnyMore();
     void isNoFolder();
@@ -44,7 +47,8 @@ private slots:
     void readingFromBeforeTheFolderWasForgotten();
 
 private:
-    QVector<Told> read(const QString& folder, const FolderEntries* before = nullptr) const;
+    QVector<Told> read(
+        const QString& folder, const FolderEntries* before = nullptr, bool foldersOnly = false) const;
 
     TestDir m_dir;
     QString m_folder;
@@ -58,10 +62,11 @@ void TestFolderReadJob::init()
     m_abandoned = std::make_shared<std::atomic<bool>>(false);
 }
 
-QVector<Told> TestFolderReadJob::read(const QString& folder, const FolderEntries* before) const
+QVector<Told> TestFolderReadJob::read(
+    const QString& folder, const FolderEntries* before, bool foldersOnly) const
 {
     QVector<Told> all;
-    FolderReadJob job(folder, false,
+    FolderReadJob job(folder, foldersOnly,
         before == nullptr ? nullptr : std::make_unique<const FolderEntries>(*before), m_abandoned);
     connect(&job, &FolderReadJob::done, this, [&all](const FolderReading& reading, qint64 tookMs) {
         all.append({reading, tookMs});
@@ -126,6 +131,44 @@ void TestFolderReadJob::completeReadingIsToldAfterAPart()
     QTRY_VERIFY(otherThreadsWait());
     QCoreApplication::processEvents();
     QCOMPARE(told.size(), 2); // nothing has changed
+}
+
+void TestFolderReadJob::replacedWhileItIsRead_data()
+{
+    QTest::addColumn<QString>("target"); // of a link; a name without one is a file or a pipe
+    QTest::newRow("dangling") << "nothing";
+    QTest::newRow("file") << QString();
+    QTest::newRow("pipe") << QString();
+}
+
+// The name is read as that of a folder, and its facts are looked up when it is none any more.
+void TestFolderReadJob::replacedWhileItIsRead()
+{
+    QFETCH(QString, target);
+    const QString by = QString::fromLatin1(QTest::currentDataTag());
+    const QString above = "above-" + by;
+    const QString name = above + "/it";
+    const QString replaced = m_dir.folder(name);
+    const FolderEntries before = read(m_dir.path(above), nullptr, true).constFirst().reading.entries;
+    QCOMPARE(namesIn(before), QStringList{"it"});
+    FaultShim shim(m_dir.path(), true);
+    const int end = 4; // ".", ".." and the folder come first
+    shim.before("readdir", above, end, [&] {
+        QVERIFY(QDir().rename(replaced, m_dir.path("was-" + by)));
+        if (!target.isEmpty()) {
+            m_dir.link(name, target);
+        } else if (by == "pipe") {
+            m_dir.fifo(name);
+        } else {
+            m_dir.file(name);
+        }
+    });
+    const QVector<Told> all = read(m_dir.path(above), &before, true);
+    QCOMPARE(shim.count("readdir", above), end);
+    QCOMPARE(all.size(), 1);
+    QCOMPARE(namesIn(all.at(0).reading.entries), QStringList());
+    QCOMPARE(all.at(0).reading.removed, QStringList{"it"});
+    QCOMPARE(namesIn(all.at(0).reading.changed), QStringList());
 }
 
 void TestFolderReadJob::notWantedAnyMore_data()

@@ -120,6 +120,8 @@ void TestFolderReader::foldersOnly()
     dir.folder(QStringLiteral("folder"));
     dir.folder(QStringLiteral(".hiddenfolder"));
     dir.link(QStringLiteral("link"), QStringLiteral("folder"));
+    dir.link(QStringLiteral("dangling"), QStringLiteral("nowhere"));
+    dir.fifo(QStringLiteral("fifo"));
     Noting noting;
     noting.reader.setFoldersOnly(true);
     noting.reader.read(dir.path());
