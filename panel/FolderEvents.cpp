@@ -5,6 +5,7 @@
 #include <QSocketNotifier>
 
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -47,12 +48,14 @@ FolderEvents::~FolderEvents()
 int FolderEvents::watch(const QString& folder)
 {
     if (m_descriptor < 0) {
-        return -1;
+        return -EMFILE;
     }
-    const int watch = ::inotify_add_watch(m_descriptor, QFile::encodeName(folder).constData(), watchedEvents);
-    if (watch >= 0) {
-        ++m_users[watch];
+    const QByteArray path = QFile::encodeName(folder);
+    const int watch = ::inotify_add_watch(m_descriptor, path.constData(), watchedEvents);
+    if (watch < 0) {
+        return -errno;
     }
+    ++m_users[watch];
     return watch;
 }
 

@@ -20,7 +20,8 @@ public:
     ~FolderEvents() override;
 
     /// Watches the folder that has this path now.
-    /// @return number of the watch, the same for every path of one folder; below 0 if it cannot be watched
+    /// @return number of the watch, the same for every path of one folder; the negative errno if it cannot be
+    ///         watched
     int watch(const QString& folder);
     /// Takes one watch() back.
     void unwatch(int watch);

@@ -120,8 +120,9 @@ void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quin
         state->since.start();
         if (reading.exists && !m_watch->watches(reading.folder)) {
             // Made after the watch was asked for: what has changed between reading and watching is read too.
-            m_watch->add(reading.folder);
-            state->due = state->due || m_watch->watches(reading.folder);
+            // Gone again since it was read, it is read once more, as nothing else would tell of that.
+            const bool isThere = m_watch->add(reading.folder);
+            state->due = state->due || !isThere || m_watch->watches(reading.folder);
         }
         if (state->due) {
             wakeDueTimer();

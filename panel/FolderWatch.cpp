@@ -2,6 +2,8 @@
 
 #include "panel/FolderEvents.h"
 
+#include <cerrno>
+
 FolderWatch::FolderWatch(QObject* parent)
     : QObject(parent)
     , m_events(FolderEvents::shared())
@@ -18,13 +20,19 @@ FolderWatch::~FolderWatch()
     }
 }
 
-void FolderWatch::add(const QString& folder)
+bool FolderWatch::add(const QString& folder)
 {
     const int watch = m_events->watch(folder);
+    const bool gone = watch == -ENOENT || watch == -ENOTDIR;
+    if (watch >= 0 || gone) {
+        // After the new one is there, so that one and the same folder is watched throughout. One that follows
+        // a folder which was moved away says nothing of what is made in its place.
+        remove(folder);
+    }
     if (watch >= 0) {
-        remove(folder); // after the new one is there, so that one and the same folder is watched throughout
         m_watches.insert(folder, watch);
     }
+    return !gone;
 }
 
 void FolderWatch::remove(const QString& folder)

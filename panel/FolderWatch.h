@@ -21,7 +21,8 @@ public:
     ~FolderWatch() override;
 
     /// Watches @p folder (absolute path); one that is watched already stays so, also after it was made anew.
-    void add(const QString& folder);
+    /// @return false if there is no such folder at this moment; true also where it cannot be watched
+    bool add(const QString& folder);
     void remove(const QString& folder);
     bool watches(const QString& folder) const { return m_watches.contains(folder); }
 

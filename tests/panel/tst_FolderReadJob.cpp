@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QSemaphore>
 
+#include <cerrno>
+
 namespace {
 
 struct Told
@@ -45,6 +47,8 @@ private slots:
     void isNoFolder();
     void eightSlowFoldersAtOnce();
     void readingFromBeforeTheFolderWasForgotten();
+    void goneBetweenReadingAndWatching();
+    void madeAnewBetweenWatchingAndReading();
 
 private:
     QVector<Told> read(
@@ -260,6 +264,38 @@ void TestFolderReadJob::readingFromBeforeTheFolderWasForgotten()
     m_dir.file(QStringLiteral("folder/later"));
     QTRY_COMPARE(told.size(), 2);
     QCOMPARE(told.constLast().size(), 5);
+}
+
+// The folder is there for the reading only: no watch tells that it comes back. One that cannot be watched is
+// not read again for that.
+void TestFolderReadJob::goneBetweenReadingAndWatching()
+{
+    const QString unwatched = m_dir.folder(QStringLiteral("unwatched"));
+    FaultShim shim(m_dir.path(), true);
+    shim.fail("inotify_add_watch", QStringLiteral("unwatched"), ENOSPC, 1, FaultShim::always);
+    shim.fail("inotify_add_watch", QStringLiteral("folder"), ENOENT, 1, 2);
+    FolderReader reader(nullptr);
+    reader.read(unwatched);
+    reader.read(m_folder);
+    QTRY_COMPARE(shim.count("inotify_add_watch", QStringLiteral("folder")), 3);
+    QCOMPARE(shim.count("inotify_add_watch", QStringLiteral("unwatched")), 2);
+    m_dir.file(QStringLiteral("folder/later"));
+    QTRY_VERIFY(namesIn(reader.entries(m_folder)).contains("later"));
+}
+
+// The watch is still that of a folder which was moved away.
+void TestFolderReadJob::madeAnewBetweenWatchingAndReading()
+{
+    FaultShim shim(m_dir.path(), true);
+    FolderReader reader(nullptr);
+    reader.read(m_folder);
+    QTRY_VERIFY(!reader.entries(m_folder).isEmpty());
+    shim.fail("inotify_add_watch", QStringLiteral("folder"), ENOENT);
+    QVERIFY(QDir().rename(m_folder, m_dir.path(QStringLiteral("moved"))));
+    m_dir.file(QStringLiteral("folder/new"));
+    QTRY_VERIFY(namesIn(reader.entries(m_folder)).contains("new"));
+    m_dir.file(QStringLiteral("folder/later"));
+    QTRY_VERIFY(namesIn(reader.entries(m_folder)).contains("later"));
 }
 
 VANTREL_TEST_MAIN(TestFolderReadJob)
