@@ -1,6 +1,9 @@
 #include "app/WorkerThread.h"
 
+#include "app/MessageBoxes.h"
+
 #include <QCoreApplication>
+#include <QDialog>
 #include <QEvent>
 
 namespace {
@@ -9,6 +12,21 @@ namespace {
 constexpr uint stackBytes = 16U * 1024U * 1024U;
 
 constexpr unsigned long waitSliceMs = 5;
+
+/// Tells that a dialog has no worker, and ends it as one whose worker has finished.
+void endWithoutThread(QDialog* dialog)
+{
+    const QPointer<QDialog> stands(dialog);
+    if (dialog->isVisible()) {
+        criticalBox(dialog, QStringLiteral("Error"),
+            QStringLiteral("Failed to start the operation:\n"
+                           "The system has too many tasks or too little memory."));
+    }
+    if (stands) {
+        QMetaObject::invokeMethod(dialog, "isfinished");
+        dialog->close();
+    }
+}
 
 } // namespace
 
@@ -32,7 +50,7 @@ private:
     std::atomic<bool>& m_ended;
 };
 
-WorkerThread::WorkerThread(QObject* worker, QObject* dialog)
+WorkerThread::WorkerThread(QObject* worker, QDialog* dialog)
     : m_thread(new Thread(m_ended))
     , m_worker(worker)
     , m_dialog(dialog)
@@ -44,8 +62,10 @@ WorkerThread::WorkerThread(QObject* worker, QObject* dialog)
     QObject::connect(worker, SIGNAL(finished()), worker, SLOT(deleteLater()));
     QObject::connect(m_thread, SIGNAL(finished()), m_thread, SLOT(deleteLater()));
     m_thread->start(QThread::InheritPriority);
-    if (!m_thread->isRunning()) {
-        QMetaObject::invokeMethod(dialog, "isfinished", Qt::QueuedConnection);
+    m_started = m_thread->isRunning();
+    if (!m_started) {
+        QMetaObject::invokeMethod(
+            dialog, [dialog] { endWithoutThread(dialog); }, Qt::QueuedConnection);
     }
 }
 

@@ -6,6 +6,8 @@
 
 #include <atomic>
 
+class QDialog;
+
 /// A worker object at work on a thread of its own, for as long as its dialog lives. Used on the GUI thread.
 ///
 /// The worker has a slot StartWork(), which is the whole work, and a signal finished(), which is its last
@@ -19,9 +21,10 @@ class WorkerThread
 public:
     /// Moves the worker to a new thread, connects the three and starts the thread.
     /// @param worker the worker, without parent; this object owns it from here on
-    /// @param dialog the receiver of isfinished(), not owned. If the system grants no thread, isfinished() is
-    ///        called from the event loop and nothing else happens
-    WorkerThread(QObject* worker, QObject* dialog);
+    /// @param dialog the receiver of isfinished(), not owned. If the system grants no thread, the event loop
+    ///        first of all tells the user so in a box, calls isfinished() and closes the dialog; of a dialog
+    ///        that is closed by then nothing is told
+    WorkerThread(QObject* worker, QDialog* dialog);
     ~WorkerThread();
     WorkerThread(const WorkerThread&) = delete;
     WorkerThread& operator=(const WorkerThread&) = delete;
@@ -32,11 +35,15 @@ public:
     /// no slot runs. Never to be called from within the slot of such a question.
     void stop();
 
+    /// @return whether the system has granted a thread
+    bool hasStarted() const { return m_started; }
+
 private:
     class Thread;
 
     std::atomic<bool> m_ended{false}; ///< set by the thread when its event loop has ended
     QPointer<QThread> m_thread;
     QPointer<QObject> m_worker;
-    QObject* m_dialog;
+    QDialog* m_dialog;
+    bool m_started;
 };

@@ -62,7 +62,9 @@ void DialogFileSize::isfinished()
 
 void DialogFileSize::timerEvent(QTimerEvent* /*event*/)
 {
-    UpdateDisplay();
+    if (m_thread->hasStarted()) { // else the zeros would be taken for a count, behind the box that says so
+        UpdateDisplay();
+    }
 }
 
 void DialogFileSize::on_pushButton_clicked()

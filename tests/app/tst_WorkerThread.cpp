@@ -1,8 +1,11 @@
 #include "app/WorkerThread.h"
 
+#include "tests/support/NoThread.h"
 #include "tests/support/ProcessFigures.h"
+#include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
 
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QEvent>
 #include <QSemaphore>
@@ -55,7 +58,7 @@ signals:
 
 std::atomic<int> Worker::freed{0};
 
-class Dialog : public QObject
+class Dialog : public QDialog
 {
     Q_OBJECT
 
@@ -103,6 +106,8 @@ private slots:
     void stopPassesOverQuestions();
     void stopTwice();
     void stopBeforeTheWorkerBegan();
+    void noThreadToBeHad();
+    void stopBeforeItIsToldThatThereIsNoThread();
     void hundredRoundsLeaveNothing();
 
 private:
@@ -215,6 +220,33 @@ void TestWorkerThread::stopBeforeTheWorkerBegan()
         const WorkerThread thread(new Worker, &dialog);
     }
     QCOMPARE(Worker::freed, 200);
+}
+
+void TestWorkerThread::noThreadToBeHad()
+{
+    const TestDir dir;
+    NoThread noThread(dir.path());
+    {
+        Dialog dialog;
+        const WorkerThread thread(new Worker, &dialog);
+        QVERIFY(!thread.hasStarted());
+        noThread.run(&dialog, [&dialog] { QCOMPARE(dialog.ended, 0); });
+        QCOMPARE(dialog.ended, 1);
+    }
+    QCOMPARE(Worker::freed, 1);
+}
+
+void TestWorkerThread::stopBeforeItIsToldThatThereIsNoThread()
+{
+    const TestDir dir;
+    const NoThread noThread(dir.path());
+    Dialog dialog;
+    dialog.show();
+    WorkerThread(new Worker, &dialog).stop();
+    QCoreApplication::processEvents();
+    QCOMPARE(dialog.ended, 0);
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(Worker::freed, 1);
 }
 
 void TestWorkerThread::hundredRoundsLeaveNothing()

@@ -4,6 +4,7 @@
 #include "tests/support/BoxAnswers.h"
 #include "tests/support/FaultShim.h"
 #include "tests/support/HeldDialog.h"
+#include "tests/support/NoThread.h"
 #include "tests/support/OperationRun.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
@@ -15,7 +16,6 @@
 #include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QSemaphore>
 #include <QThread>
 #include <QTimer>
@@ -23,8 +23,6 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
-#include <sys/resource.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -80,7 +78,9 @@ private slots:
     void quitWhileAQuestionIsOpen_data();
     void quitWhileAQuestionIsOpen();
     void quitWhileItRuns();
+    void noThreadToBeHad_data();
     void noThreadToBeHad();
+    void quitWhereThereIsNoThread();
     void hundredOperations();
     void windowStaysLive();
 
@@ -422,40 +422,48 @@ void TestMProgress::quitWhileItRuns()
     QCOMPARE(dir.tree("to/src"), QStringList());
 }
 
+void TestMProgress::noThreadToBeHad_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("delete") << int(OpDelete);
+    QTest::newRow("copy") << int(OpCopy);
+    QTest::newRow("move") << int(OpMove);
+    QTest::newRow("copy to a name") << int(OpCopyTo);
+}
+
 void TestMProgress::noThreadToBeHad()
 {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    QSKIP("a sanitizer does not work in a limited address space");
-#endif
+    QFETCH(int, kind);
+    TestDir dir;
+    gslDragList = QStringList{dir.file("f", "x")};
+    gsDropBase = dir.path("to");
+    QWidget panel;
+    panel.show();
+    NoThread noThread(dir.path());
+    const QPointer<MProgress> dialog = new MProgress(&panel, kind);
+    noThread.run(dialog);
+    QTRY_VERIFY(dialog.isNull());
+    QTRY_COMPARE(threadCount(), m_threads);
+    QCOMPARE(dir.tree(), QStringList{"f"});
+}
+
+void TestMProgress::quitWhereThereIsNoThread()
+{
     TestDir dir;
     gslDragList = QStringList{dir.file("f", "x")};
     QWidget panel;
     panel.show();
-
-    // Stacks that ended threads have left would be taken again, so they are put to use first.
-    QSemaphore end;
-    std::vector<std::unique_ptr<QThread>> users;
-    for (int i = 0; i < 12; ++i) {
-        users.emplace_back(QThread::create([&] { end.acquire(); }));
-        users.back()->start();
-    }
-    QFile figures("/proc/self/statm");
-    QVERIFY(figures.open(QIODevice::ReadOnly));
-    const rlim_t pages = figures.readAll().split(' ').value(0).toULongLong();
-    rlimit before = {};
-    ::getrlimit(RLIMIT_AS, &before);
-    rlimit tight = before;
-    tight.rlim_cur = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + 1048576;
-    ::setrlimit(RLIMIT_AS, &tight);
-    QTest::ignoreMessage(QtCriticalMsg, QRegularExpression("^QThread::start: Thread creation error"));
-    const QPointer<MProgress> dialog = new MProgress(&panel, OpDelete);
-    ::setrlimit(RLIMIT_AS, &before);
-    end.release(12);
-    for (const auto& user : users) {
-        user->wait();
-    }
-    dialog->exec();
-    QTRY_VERIFY(dialog.isNull());
+    NoThread noThread(dir.path());
+    noThread.boxes.meanwhile([] { QCoreApplication::quit(); }).close();
+    QPointer<MProgress> dialog;
+    QTimer::singleShot(0, [&] {
+        dialog = new MProgress(&panel, OpDelete);
+        dialog->exec();
+        QVERIFY(!dialog->isVisible());
+    });
+    QCoreApplication::exec();
+    QVERIFY(dialog.isNull());
+    QCOMPARE(noThread.boxes.seen().size(), 1);
     QVERIFY(dir.exists("f"));
 }
 

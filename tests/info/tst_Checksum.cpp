@@ -3,6 +3,7 @@
 #include "tests/support/AsNobody.h"
 #include "tests/support/BoxAnswers.h"
 #include "tests/support/FormChild.h"
+#include "tests/support/NoThread.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
@@ -351,6 +352,29 @@ private slots:
             }
         }
         QCOMPARE(reached.size(), 5); // two buttons and three fields
+    }
+
+    void noThreadToBeHad()
+    {
+        NoThread noThread(m_dir.path());
+        Checksum dialog(nullptr, m_dir.file(QStringLiteral("a"), "abc"));
+        noThread.run(&dialog, [&dialog] {
+            QCOMPARE(md5(dialog) + sha1(dialog), QString());
+            QCOMPARE(formChild<QProgressBar>(dialog, "progressBar").value(), 0);
+        });
+        QCOMPARE(dialog.running, 0);
+        QCOMPARE(md5(dialog) + sha1(dialog), QString());
+    }
+
+    void noThreadForAFileThatCannotBeRead()
+    {
+        NoThread noThread(m_dir.path());
+        noThread.boxes.click(QStringLiteral("OK"));
+        Checksum dialog(nullptr, m_dir.path(QStringLiteral("missing")));
+        dialog.exec();
+        QCOMPARE(noThread.boxes.seen().size(), 1); // about the file
+        QTRY_COMPARE(dialog.running, 0);
+        QVERIFY(!dialog.isVisible());
     }
 
     void threadsEndWithTheirDialogs()

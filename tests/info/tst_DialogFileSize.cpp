@@ -2,6 +2,7 @@
 
 #include "app/aGlobal.h"
 #include "tests/support/FormChild.h"
+#include "tests/support/NoThread.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
@@ -200,6 +201,20 @@ private slots:
         QVERIFY(dialog.isVisible());
         QTest::keyClick(&dialog, Qt::Key_Return);
         QVERIFY(!dialog.isVisible());
+    }
+
+    void noThreadToBeHad()
+    {
+        NoThread noThread(m_dir.path());
+        DialogFileSize dialog(nullptr, m_dir.path());
+        noThread.run(&dialog, [&dialog] {
+            QTimerEvent event(0);
+            QCoreApplication::sendEvent(&dialog, &event);
+            for (const char* name : {"label_Folders", "label_Files", "label_Bytes"}) {
+                QCOMPARE(textOf(dialog, name), QString()); // no zero that nobody has counted
+            }
+        });
+        QCOMPARE(dialog.running, 0);
     }
 
     void threadsEndWithTheirDialogs()

@@ -64,6 +64,12 @@ FaultShim& FaultShim::tellKinds()
     return *this;
 }
 
+FaultShim& FaultShim::refuseThreads()
+{
+    SHIM(faultshim_refuse_threads)(true);
+    return *this;
+}
+
 FaultShim& FaultShim::before(const char* function, const QString& path, int first, std::function<void()> what)
 {
     m_hooks.push_back(std::move(what));

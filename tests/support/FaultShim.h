@@ -31,6 +31,8 @@ public:
     FaultShim& delay(const char* function, const QString& path, long ms, int first = 1, int times = always);
     /// Adds what lstat() found to the recorded calls: " file", " folder" or " link", and the size.
     FaultShim& tellKinds();
+    /// Grants no new thread to anybody.
+    FaultShim& refuseThreads();
     /// Runs @p what before a call, on the thread that makes it.
     FaultShim& before(const char* function, const QString& path, int first, std::function<void()> what);
 

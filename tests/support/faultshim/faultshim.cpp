@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <map>
 #include <mutex>
+#include <pthread.h>
 #include <sstream>
 #include <string>
 #include <sys/inotify.h>
@@ -55,6 +56,7 @@ struct State
 };
 
 std::atomic<bool> active{false};
+std::atomic<bool> refusesThreads{false};
 thread_local bool inside = false;
 
 /// Never freed: other libraries still close files after the end of main().
@@ -357,6 +359,7 @@ void faultshim_watch(const char* prefix)
     state().descriptors.clear();
     state().folders.clear();
     state().tellKinds = false;
+    refusesThreads = false;
     active = prefix != nullptr;
 }
 
@@ -384,6 +387,11 @@ void faultshim_tell_kinds(bool tell)
 {
     const std::lock_guard<std::mutex> guard(state().lock);
     state().tellKinds = tell;
+}
+
+void faultshim_refuse_threads(bool refuse)
+{
+    refusesThreads = refuse;
 }
 
 void faultshim_hook(const char* function, const char* path, int first, void (*hook)(void*), void* context)
@@ -561,6 +569,15 @@ int inotify_add_watch(int descriptor, const char* path, uint32_t mask)
     REAL(inotify_add_watch);
     return static_cast<int>(
         guarded("inotify_add_watch", path, "", [&](const Fate&) { return real(descriptor, path, mask); }));
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*), void* argument)
+{
+    if (refusesThreads) {
+        return EAGAIN;
+    }
+    REAL(pthread_create);
+    return real(thread, attributes, run, argument);
 }
 
 ssize_t readlink(const char* path, char* buffer, size_t length)

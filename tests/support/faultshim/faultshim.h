@@ -39,6 +39,10 @@ void faultshim_delay(const char* function, const char* path, int first, int time
 /// next faultshim_watch().
 void faultshim_tell_kinds(bool tell);
 
+/// Lets pthread_create() fail in the whole process from now on, as where there are too many threads, until
+/// the next faultshim_watch().
+void faultshim_refuse_threads(bool refuse);
+
 /// Runs @p hook once, on the calling thread, before the call with that number. The hook may use files itself;
 /// what it does is not recorded.
 void faultshim_hook(const char* function, const char* path, int first, void (*hook)(void*), void* context);
