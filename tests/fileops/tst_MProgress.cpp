@@ -27,20 +27,40 @@
 
 namespace {
 
-/// Notes the longest time that the event loop did not come back.
+/// Notes the longest time that the event loop did not come back, without the time in which this thread was
+/// ready and other programs had the processor.
 class GapMeter : public QObject
 {
 public:
     GapMeter()
     {
+        if (!m_figures.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+            qWarning("nothing tells how long a thread has waited for the processor");
+        }
+        m_waitedNs = waitedNs();
         m_clock.start();
         m_timer.setTimerType(Qt::PreciseTimer);
-        connect(&m_timer, &QTimer::timeout, this, [this] { longestMs = qMax(longestMs, m_clock.restart()); });
+        connect(&m_timer, &QTimer::timeout, this, [this] { note(); });
         m_timer.start(1);
     }
     qint64 longestMs = 0;
 
 private:
+    void note()
+    {
+        const qint64 waited = waitedNs();
+        longestMs = qMax(longestMs, (m_clock.nsecsElapsed() - (waited - m_waitedNs)) / 1000000);
+        m_waitedNs = waited;
+        m_clock.restart();
+    }
+    qint64 waitedNs()
+    {
+        m_figures.seek(0);
+        return m_figures.read(100).split(' ').value(1).toLongLong();
+    }
+
+    QFile m_figures{"/proc/thread-self/schedstat"};
+    qint64 m_waitedNs = 0;
     QElapsedTimer m_clock;
     QTimer m_timer;
 };
