@@ -70,6 +70,12 @@ def forget_focus(application):
     _focus.pop(application.bus_name, None)
 
 
+def registry_pid():
+    """The process that programs tell of each key."""
+    return _call(_bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                 "GetConnectionUnixProcessID", GLib.Variant("(s)", (_ROOT[0],)))[0]
+
+
 def application(pid):
     """The program with that process id, or None as long as it has not registered."""
     for child in Accessible(*_ROOT).children():

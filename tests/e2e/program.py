@@ -16,8 +16,10 @@ PROGRAM = os.path.join(desktop.WORK, "vantrel")
 BOX_ROLES = ("dialog", "alert message")
 
 #: When a box closes, Qt looks for the window under the pointer, and may find the frame that the window manager is
-#: just taking away. Nothing depends on it.
-NOT_OURS = re.compile(r"qt\.qpa\.xcb: QXcbConnection: XCB error: 3 \(BadWindow\),.* \(TranslateCoords\)")
+#: just taking away. Nothing depends on it. Of each key it tells the registry of assistive technology, and goes on with
+#: the key by itself where that does not answer soon.
+NOT_OURS = re.compile(r"qt\.qpa\.xcb: QXcbConnection: XCB error: 3 \(BadWindow\),.* \(TranslateCoords\)"
+                      r'|QSpiApplication::keyEventError +"org\.freedesktop\.DBus\.Error\.NoReply"')
 
 
 class Vantrel:
@@ -37,11 +39,11 @@ class Vantrel:
     def alive(self):
         return self.process.poll() is None
 
-    def messages(self):
-        """All that the program has written to its standard output and error."""
+    def messages(self, not_ours=False):
+        """All that the program has written to its standard output and error; or what of that is not of its making."""
         self._messages.seek(0)
         lines = self._messages.read().decode(errors="replace").splitlines(keepends=True)
-        return "".join(line for line in lines if not NOT_OURS.match(line))
+        return "".join(line for line in lines if bool(NOT_OURS.match(line)) == not_ours)
 
     def end(self):
         if self.alive():

@@ -3,6 +3,7 @@
 import json
 import os
 import pwd
+import signal
 import subprocess
 
 import a11y
@@ -186,6 +187,20 @@ class Listening(BrowseTest):
         self.wait_rows(panel, "..", "x")
         self.row(panel, "..").do("Press")
         panel.wait_folder(self.tree)
+
+    def test_registry_that_stands_still(self):
+        """The keys work all the same, and what Qt writes about it counts as no message of the program."""
+        panel = self.open(a="1", b="22")
+        panel.select("a")
+        registry = a11y.registry_pid()
+        os.kill(registry, signal.SIGSTOP)
+        try:
+            key("Down")
+            wait_for(lambda: self.program.messages(not_ours=True), "Qt has waited in vain")
+        finally:
+            os.kill(registry, signal.SIGCONT)
+        wait_for(lambda: self.row(panel, "b").has("selected"), "the key did what it does")
+        self.assertEqual(self.program.messages(), "")
 
     def test_menu_by_what_is_told(self):
         panel = self.open(settings="drive={tree}=Tree\nmenu=properties=*=Facts=\n", a="1")
