@@ -64,6 +64,8 @@ private slots:
     void timeZone();
     void startVariables_data();
     void startVariables();
+    void waylandIsNamedToQtAlone_data();
+    void waylandIsNamedToQtAlone();
     void styleSheet();
     void brokenStyleSheet();
     void icon_data();
@@ -312,6 +314,45 @@ void TestMainFunction::startVariables()
     QTEST(before, "used");
     QTEST(firstWindow->value, "used");
     QCOMPARE(inside, given);
+}
+
+void TestMainFunction::waylandIsNamedToQtAlone_data()
+{
+    QTest::addColumn<QByteArray>("given"); // null: not set
+    QTest::addColumn<QByteArray>("used");
+    QTest::newRow("not set") << QByteArray() << QByteArray("wayland;xcb");
+    QTest::newRow("the user's") << QByteArray("minimal") << QByteArray("minimal");
+}
+
+// The programs that the user starts have the variable as the user has it.
+void TestMainFunction::waylandIsNamedToQtAlone()
+{
+    QFETCH(QByteArray, given);
+    const char* const platform = "QT_QPA_PLATFORM";
+    const TestDir home;
+    home.file(settings);
+    const QString noter = home.file(QStringLiteral("noter"),
+        "#!/bin/sh\necho \"${QT_QPA_PLATFORM-not set}\" >noted~ && mv noted~ noted\n", 0755);
+    const QByteArray testedOn = qgetenv(platform);
+    qunsetenv("DISPLAY");
+    qputenv("WAYLAND_DISPLAY", "none");
+    qunsetenv(platform);
+    if (!given.isNull()) {
+        qputenv(platform, given);
+    }
+    QByteArray before;
+    whileMade = [&] { before = qgetenv(platform); };
+    const auto startNoter = [&] {
+        gwPanel1->Launcher(noter, QString(), QString(), home.path());
+        QVERIFY(QTest::qWaitFor([&home] { return home.exists(QStringLiteral("noted")); }, 20000));
+    };
+    // The option stands above the variable: there is no compositor here.
+    const int code = run(home, startNoter, {"-platform", testedOn});
+    qunsetenv("WAYLAND_DISPLAY");
+    qputenv(platform, testedOn);
+    QCOMPARE(code, 0);
+    QTEST(before, "used");
+    QCOMPARE(home.read(QStringLiteral("noted")), given.isNull() ? QByteArray("not set\n") : given + '\n');
 }
 
 void TestMainFunction::styleSheet()

@@ -44,6 +44,7 @@ private slots:
     void replacedWhileItIsRead();
     void notWantedAnyMore_data();
     void notWantedAnyMore();
+    void readerThatIsDestroyedAbandonsIt();
     void isNoFolder();
     void eightSlowFoldersAtOnce();
     void readingFromBeforeTheFolderWasForgotten();
@@ -194,6 +195,28 @@ void TestFolderReadJob::notWantedAnyMore()
     }
     QCOMPARE(read(m_folder).size(), 0);
     QCOMPARE(shim.count("readdir", QStringLiteral("folder")) > 0, call > 0);
+}
+
+void TestFolderReadJob::readerThatIsDestroyedAbandonsIt()
+{
+    constexpr int files = 200;
+    const QString folder = m_dir.folder(QStringLiteral("big"));
+    m_dir.files(QStringLiteral("big"), files);
+    QSemaphore reached;
+    QSemaphore mayGoOn;
+    FaultShim shim(m_dir.path());
+    shim.before("readdir", QStringLiteral("big"), files / 2, [&reached, &mayGoOn] {
+        reached.release();
+        mayGoOn.acquire();
+    });
+    auto reader = std::make_unique<FolderReader>(nullptr);
+    reader->read(folder);
+    const bool came = reached.tryAcquire(1, 10000);
+    reader.reset();
+    mayGoOn.release();
+    QVERIFY(came);
+    QTRY_COMPARE(shim.count("closedir", QStringLiteral("big")), 1);
+    QVERIFY(shim.count("readdir", QStringLiteral("big")) < files / 2 + 10);
 }
 
 void TestFolderReadJob::isNoFolder()

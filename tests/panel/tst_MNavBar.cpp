@@ -34,6 +34,21 @@ public slots:
     }
 };
 
+/// Counts the models that a panel makes.
+class NewModels : public QObject
+{
+public:
+    explicit NewModels(MPanel* panel) { panel->installEventFilter(this); }
+    int count = 0;
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        // All else that a panel owns stays; what is being made is of no class yet.
+        count += event->type() == QEvent::ChildAdded ? 1 : 0;
+        return false;
+    }
+};
+
 QStringList textsOf(const MNavBar* bar)
 {
     QStringList texts;
@@ -76,6 +91,7 @@ private slots:
     void indexes();
     void onePressRunsTheSlotForEachRebuild();
     void manyRebuildsAskForTheFolderOnce();
+    void onePressLoadsOnce();
     void pressesAfterAPress();
     void keyboardPress();
     void styleSheetReachesBarAndButtons();
@@ -309,12 +325,28 @@ void TestMNavBar::manyRebuildsAskForTheFolderOnce()
         bar->SetNavBar(dir->path(QStringLiteral("docs/deeper")));
     }
     QSignalSpy replaced(panel->listModel, &QObject::destroyed);
+    const NewModels made(panel);
     QTest::mousePress(bar->buttons.at(bar->buttons.size() - 2), Qt::LeftButton);
     QCOMPARE(replaced.size(), 1);
+    QCOMPARE(made.count, 1);
     QCOMPARE(panel->listModel->rootPath(), dir->path(QStringLiteral("docs")));
     QSignalSpy replacedAgain(panel->listModel, &QObject::destroyed);
     QCoreApplication::processEvents();
     QVERIFY(replacedAgain.isEmpty());
+}
+
+// As the bar is used: each folder that was opened has made it once.
+void TestMNavBar::onePressLoadsOnce()
+{
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY(openFolder(panel, dir->path(QStringLiteral("docs"))));
+        QVERIFY(openFolder(panel, dir->path(QStringLiteral("docs/deeper"))));
+    }
+    const NewModels made(panel);
+    click(bar->buttons.at(bar->buttons.size() - 2));
+    QVERIFY(waitForList(panel));
+    QCOMPARE(made.count, 1);
+    QCOMPARE(panel->listModel->rootPath(), dir->path(QStringLiteral("docs")));
 }
 
 void TestMNavBar::pressesAfterAPress()

@@ -49,6 +49,7 @@ private slots:
 
     void firstHeaderClickSortsDescending();
     void oneFlagForAllColumns();
+    void orderByTime();
     void realHeaderClick();
 
     void vanishedFolder_data();
@@ -303,6 +304,26 @@ void TestMPanelBrowse::oneFlagForAllColumns()
     panel->headerClicked(3);
     QCOMPARE(header->sortIndicatorSection(), 3);
     QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+}
+
+// Files and folders are mixed.
+void TestMPanelBrowse::orderByTime()
+{
+    qint64 time = 1000;
+    for (const char* name : {"two", "a", "one", "d"}) {
+        dir->setTimes(QString::fromLatin1(name), time += 1000);
+    }
+    QVERIFY(openFolder(panel, dir->path()));
+    const auto order = [this] {
+        QStringList names = listNames(panel);
+        names.removeAll(QStringLiteral("..")); // its time is not ours
+        return names;
+    };
+    QCOMPARE(order(), (QStringList{"a", "d", "one", "two"}));
+    panel->headerClicked(3);
+    QCOMPARE(order(), (QStringList{"d", "one", "a", "two"}));
+    panel->headerClicked(3);
+    QCOMPARE(order(), (QStringList{"two", "a", "one", "d"}));
 }
 
 void TestMPanelBrowse::realHeaderClick()
