@@ -1,6 +1,6 @@
 #include "app/EndSignals.h"
-#include "app/HeldKeys.h"
 #include "app/FileNames.h"
+#include "app/HeldKeys.h"
 #include "app/InheritedDescriptors.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
