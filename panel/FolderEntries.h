@@ -22,6 +22,9 @@ struct FolderReading
     bool exists = false; ///< false: the path is gone or is no folder
     bool first = false; ///< nothing was known of the folder before
     bool complete = true; ///< false: a first part of a slow folder, more follows
+    bool replaced = false; ///< it is not the folder that was read before: files of the same names are others
+    quint64 device = 0; ///< with `number`, which folder it is
+    quint64 number = 0; ///< inode number
     FolderEntries entries; ///< everything that is there now, in the listing's order
     FolderEntries changed; ///< what is new or differs
     QStringList removed; ///< names that are gone

@@ -3,7 +3,9 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
+#include <QFile>
 
+#include <sys/stat.h>
 #include <utility>
 
 namespace {
@@ -50,7 +52,11 @@ void FolderReadJob::run()
     clock.start();
     FolderReading reading;
     reading.folder = m_folder;
-    reading.exists = wanted() && QFileInfo(m_folder).isDir();
+    struct stat info = {};
+    reading.exists
+        = wanted() && ::stat(QFile::encodeName(m_folder).constData(), &info) == 0 && S_ISDIR(info.st_mode);
+    reading.device = m_device = info.st_dev;
+    reading.number = m_number = info.st_ino;
     if (reading.exists) {
         reading.entries = readEntries();
     }
@@ -103,6 +109,8 @@ void FolderReadJob::showFirstPart(const FolderEntries& soFar, qint64 elapsedMs)
     FolderReading part;
     part.folder = m_folder;
     part.exists = true;
+    part.device = m_device;
+    part.number = m_number;
     part.first = true;
     part.complete = false;
     part.entries = soFar;

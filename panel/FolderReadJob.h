@@ -40,4 +40,6 @@ private:
     std::shared_ptr<const std::atomic<bool>> m_abandoned;
     quint64 m_serial;
     bool m_firstPartDecided = false;
+    quint64 m_device = 0;
+    quint64 m_number = 0;
 };

@@ -2,6 +2,7 @@
 
 #include "panel/FolderReadJob.h"
 #include "panel/FolderWatch.h"
+#include "panel/MountWatch.h"
 
 #include <QThreadPool>
 
@@ -30,11 +31,13 @@ QThreadPool& readerPool()
 FolderReader::FolderReader(QObject* parent)
     : QObject(parent)
     , m_watch(new FolderWatch(this))
+    , m_mounts(MountWatch::shared())
     , m_abandoned(std::make_shared<std::atomic<bool>>(false))
 {
     qRegisterMetaType<FolderReading>();
     m_dueTimer.setSingleShot(true);
     connect(m_watch, SIGNAL(changed(QString)), this, SLOT(folderChanged(QString)));
+    connect(m_mounts.get(), SIGNAL(changed()), this, SLOT(mountsChanged()));
     connect(&m_dueTimer, SIGNAL(timeout()), this, SLOT(readDueFolders()));
 }
 
@@ -100,16 +103,41 @@ void FolderReader::folderChanged(const QString& folder)
     const auto state = m_folders.find(folder);
     if (state != m_folders.end()) {
         state->due = true;
+        state->doubtful
+            = state->doubtful || !m_watch->watches(folder); // it went, and may have been made anew
         wakeDueTimer();
     }
 }
 
-void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quint64 serial)
+/// Something may have been mounted over any of the folders, or taken away from it: they are all read again,
+/// without a pause. The folder that a watch was asked for is not the one that stands there then.
+void FolderReader::mountsChanged()
+{
+    for (auto state = m_folders.begin(); state != m_folders.end(); ++state) {
+        state->due = true;
+        state->doubtful = true;
+        state->since.invalidate();
+    }
+    m_dueTimer.start(0);
+}
+
+/// A file system may tell other numbers of one folder from time to time, so that these alone say nothing.
+bool FolderReader::isReplaced(const Folder& state, const FolderReading& reading)
+{
+    return state.read && reading.exists
+        && (state.device != reading.device || (state.doubtful && state.number != reading.number));
+}
+
+void FolderReader::takeReading(FolderReading reading, qint64 tookMs, quint64 serial)
 {
     const auto state = m_folders.find(reading.folder);
     if (state == m_folders.end() || state->serial != serial) {
         return; // forgotten since it was started, and perhaps asked for again
     }
+    reading.replaced = isReplaced(*state, reading);
+    state->device = reading.device;
+    state->number = reading.number;
+    state->doubtful = state->doubtful && state->due; // else it was read since
     const bool completes = state->partTold && reading.complete;
     state->entries = reading.entries;
     state->read = true;
@@ -128,7 +156,7 @@ void FolderReader::takeReading(const FolderReading& reading, qint64 tookMs, quin
             wakeDueTimer();
         }
     }
-    if (reading.first || completes || !reading.exists || !reading.changed.isEmpty()
+    if (reading.first || completes || reading.replaced || !reading.exists || !reading.changed.isEmpty()
         || !reading.removed.isEmpty()) {
         emit readingDone(reading);
     }

@@ -11,6 +11,7 @@
 #include <memory>
 
 class FolderWatch;
+class MountWatch;
 
 /// Reads folders on threads of a pool and keeps the readings up to date: a folder that was asked for once is
 /// watched and read again, at measured intervals, when something in it changes. Lives on the GUI thread. A
@@ -45,7 +46,8 @@ signals:
 
 private slots:
     void folderChanged(const QString& folder);
-    void takeReading(const FolderReading& reading, qint64 tookMs, quint64 serial);
+    void mountsChanged();
+    void takeReading(FolderReading reading, qint64 tookMs, quint64 serial);
     void readDueFolders();
 
 private:
@@ -57,17 +59,22 @@ private:
         bool running = false; ///< a job is under way
         quint64 serial = 0; ///< of the job that was started last
         bool due = false; ///< to be read again
+        bool doubtful = false; ///< another folder may have come to stand there since the last reading began
+        quint64 device = 0; ///< with `number`, which folder was read last
+        quint64 number = 0;
         qint64 tookMs = 0; ///< duration of the last reading
         QElapsedTimer since; ///< time since the last reading ended
     };
 
     void start(const QString& folder, Folder& state);
+    static bool isReplaced(const Folder& state, const FolderReading& reading);
     void wakeDueTimer();
 
     bool m_foldersOnly = false;
     quint64 m_lastSerial = 0; ///< a folder that was forgotten and asked for again gets new numbers
     QHash<QString, Folder> m_folders;
     FolderWatch* m_watch; ///< child of this
+    std::shared_ptr<MountWatch> m_mounts; ///< shared with all other objects of this class
     QTimer m_dueTimer;
     std::shared_ptr<std::atomic<bool>>
         m_abandoned; ///< set once, tells running jobs that nobody waits for them

@@ -8,6 +8,7 @@
 #include "panel/MList.h"
 #include "panel/MNavBar.h"
 #include "panel/MTree.h"
+#include "panel/MountWatch.h"
 #include "panel/myFileSystemModel.h"
 
 #include <QHeaderView>
@@ -33,8 +34,10 @@ MPanel::MPanel(QWidget* parent)
     : QFrame(parent)
     , rootPath(QStringLiteral("/"))
     , rootReturn(new FolderReturn(this))
+    , mounts(MountWatch::shared())
 {
     connect(rootReturn, SIGNAL(returned(QString)), this, SLOT(showRootAgain()));
+    connect(mounts.get(), SIGNAL(changed()), this, SLOT(showVolume()));
     newTreeModel();
     newListModel();
     makeBars();
@@ -174,6 +177,7 @@ void MPanel::newListModel()
     connect(listModel, SIGNAL(directoryLoaded(QString)), this, SLOT(listDirectoryLoaded(QString)));
     connect(listModel, SIGNAL(rootGone(QString)), this, SLOT(leaveGoneFolder()), Qt::QueuedConnection);
     connect(listModel, SIGNAL(reloadWanted()), this, SLOT(reloadList()), Qt::QueuedConnection);
+    connect(listModel, SIGNAL(rootReplaced()), this, SLOT(listAnotherFolder()), Qt::QueuedConnection);
     if (list != nullptr) {
         giveModel(list, listModel);
     }

@@ -4,11 +4,14 @@
 #include <QPersistentModelIndex>
 #include <QStringList>
 
+#include <memory>
+
 class FolderReturn;
 class MDriveBar;
 class MList;
 class MNavBar;
 class MTree;
+class MountWatch;
 class QKeyEvent;
 class QLabel;
 class QSplitter;
@@ -117,6 +120,9 @@ public slots:
     /// Lists the current folder anew, with the same order and place, after more rows went than a model
     /// removes fast.
     void reloadList();
+    /// Lists the current folder as one that was not shown before: at its path there is another one now.
+    /// Nothing is selected in it.
+    void listAnotherFolder();
     /// Reads what both views show again, for changes that the system did not announce.
     void refresh();
     /// Copies or moves what the view with the focus has selected into the other panel's folder, as a drag
@@ -138,6 +144,7 @@ private slots:
     void treeEntriesGone(const QString& folder, const QStringList& names);
     void treeRootGone();
     void showRootAgain();
+    void showVolume();
 
 private:
     void makeBars();
@@ -173,4 +180,5 @@ private:
     void copyPathsToClipboard();
 
     FolderReturn* rootReturn; ///< waits while the root is no folder; child of this
+    std::shared_ptr<MountWatch> mounts; ///< shared with all who want to know of mounts
 };

@@ -262,6 +262,15 @@ void MPanel::reloadList()
     }
 }
 
+void MPanel::listAnotherFolder()
+{
+    newListModel();
+    if (!listCurrentPath()) {
+        showCounts(currentPath, 0, 0, 0);
+    }
+    listSelectionChanged();
+}
+
 void MPanel::refresh()
 {
     treeModel->refresh();

@@ -59,6 +59,14 @@ void MPanel::showFreeSpace()
                                     QString::number(static_cast<double>(used), 'f', 2)));
 }
 
+/// The current folder may be on another volume now.
+void MPanel::showVolume()
+{
+    if (!list->hasFocus()) {
+        showFreeSpace();
+    }
+}
+
 void MPanel::listDirectoryLoaded(const QString& path)
 {
     qint64 dirs = 0;

@@ -80,6 +80,9 @@ signals:
     void entriesGone(const QString& folder, const QStringList& names);
     /// The root folder itself is gone. Whoever replaces the model for it must not do so directly.
     void rootGone(const QString& folder);
+    /// Another folder has come to stand where the root folder was, as when a volume is mounted over it. The
+    /// rows are still those of the other one; whoever is connected makes a new model, but not directly.
+    void rootReplaced();
     /// So many rows are to go that a new model is cheaper than this one. Nothing is removed if somebody is
     /// connected. Comes before rootGone() where they are those of the root folder that is gone.
     void reloadWanted();

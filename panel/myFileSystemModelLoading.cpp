@@ -82,6 +82,11 @@ void myFileSystemModel::takeReading(const FolderReading& reading)
         dropFolder(reading.folder);
         return;
     }
+    if (reading.replaced && reading.folder == rootPath()
+        && isSignalConnected(QMetaMethod::fromSignal(&myFileSystemModel::rootReplaced))) {
+        emit rootReplaced();
+        return;
+    }
     m_feeds.append(reading);
     if (!m_feedTimer.isActive()) {
         m_slice = 0;
