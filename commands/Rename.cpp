@@ -6,13 +6,19 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <cerrno>
+#include <sys/stat.h>
+
 namespace {
 
-/// @return whether a link has the name. QDir takes a broken one for nothing, and where a name turns out to be
-///         taken its rename() copies the file to wherever the link leads and removes it here.
-bool isLink(const QDir& dir, const QString& name)
+/// @return whether nothing has the name, and something could have it. QDir takes a broken link for nothing,
+/// and where
+///         a name turns out to be taken its rename() copies the file to wherever the link leads and removes
+///         it here. Of a name that is too long, or that leads through a file, it complains on the console.
+bool isFree(const QDir& dir, const QString& name)
 {
-    return QFileInfo(dir, name).isSymLink();
+    struct stat info;
+    return ::lstat(QFile::encodeName(dir.filePath(name)).constData(), &info) != 0 && errno == ENOENT;
 }
 
 } // namespace
@@ -69,7 +75,7 @@ void Rename::renameItem()
     } else if (!QFileInfo(m_folder).isWritable()) {
         criticalBox(
             this, title, QStringLiteral("Permission denied to make changes in directory:\n") + m_folder);
-    } else if (!m_newName.isEmpty() && !m_oldName.isEmpty() && !isLink(dir, m_newName)
+    } else if (!m_newName.isEmpty() && !m_oldName.isEmpty() && isFree(dir, m_newName)
         && dir.rename(m_oldName, m_newName)) {
         close();
     } else {

@@ -12,6 +12,7 @@
 #include <QMutexLocker>
 #include <QPointer>
 #include <QPushButton>
+#include <QWindow>
 
 #include <utility>
 
@@ -165,6 +166,10 @@ void MProgress::ask(const QString& text, const Choices& choices)
         button->setIcon(QIcon()); // some desktops put one there, which says what the button was
     }
     box.setDefaultButton(QMessageBox::Help);
+    // Without a parent, but above this window: else another window could cover it, and Wayland would not give
+    // it the keyboard back.
+    box.winId();
+    box.windowHandle()->setTransientParent(windowHandle());
     const int pressed = box.exec();
 
     if (pressed == QMessageBox::Reset) {

@@ -189,6 +189,7 @@ private slots:
                                  << "Failed to rename:\nfile";
         QTest::newRow("no parent") << "no/new"
                                    << "Failed to rename:\nfile";
+        QTest::newRow("through a file") << QStringLiteral("file/new") << "Failed to rename:\nfile";
         QTest::newRow("too long") << QString(256, QLatin1Char('n')) << "Failed to rename:\nfile";
     }
     void refusalKeepsTheDialogOpen()

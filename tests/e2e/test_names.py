@@ -142,8 +142,9 @@ class NewName(CommandTest):
         self.refused(box, f"g already exists in directory:\n{self.tree}")
         box.fill("")
         self.refused(box, "Failed to rename:\nf")
-        box.fill("no/such")
-        self.refused(box, "Failed to rename:\nf")
+        for name in ("no/such", "g/h", "n" * 256):
+            box.fill(name)
+            self.refused(box, "Failed to rename:\nf")
         os.chmod(self.tree, 0o500)
         box.fill("h")
         self.refused(box, f"Permission denied to make changes in directory:\n{self.tree}")

@@ -75,6 +75,17 @@ class Wayland(CommandTest):
         key("Escape")
         panel.wait_names("..", "d", "a", "b")
 
+    def test_the_questions_of_an_operation_take_keys(self):
+        panel = self.open(a="1", b="22", c="333")
+        panel.select("a", "b", "c")
+        key("Delete")
+        self.program.message("Vantrel").keys("Return")
+        for left in (2, 1):
+            self.program.message("Vantrel").wait_active().keys("Return")
+            wait_for(lambda: len(os.listdir(self.tree)) == left, lambda: os.listdir(self.tree))
+        self.program.message("Vantrel").press("Abort")
+        self.finished()
+
     def test_dragging(self):
         """The pointer, which is nudged under X while one drags, stays where it is."""
         panel = self.open(d={}, a="1", b="22")

@@ -19,6 +19,7 @@
 #include <QSemaphore>
 #include <QThread>
 #include <QTimer>
+#include <QWindow>
 
 #include <cerrno>
 #include <limits>
@@ -92,6 +93,7 @@ private slots:
     void goneAtTheSecondQuestion_data();
     void goneAtTheSecondQuestion();
     void onTheStack();
+    void questionIsAboveTheDialog();
     void parentGone();
     void quitWhileAQuestionIsOpen_data();
     void quitWhileAQuestionIsOpen();
@@ -370,6 +372,27 @@ void TestMProgress::onTheStack()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
     QVERIFY(!dir.exists("f"));
+}
+
+/// The box has no parent, and is kept above the dialog all the same.
+void TestMProgress::questionIsAboveTheDialog()
+{
+    TestDir dir;
+    dir.file("a", "x");
+    dir.file("b", "x");
+    OperationRun run(OpDelete, {dir.path("a"), dir.path("b")});
+    const QWindow* above = nullptr;
+    const QWindow* dialog = nullptr;
+    run.atStart = [&](MProgress* progress) { dialog = progress->windowHandle(); };
+    run.answers.meanwhile([&] {
+        const QWidget* box = QApplication::activeModalWidget();
+        QVERIFY(box->parentWidget() == nullptr);
+        above = box->windowHandle()->transientParent();
+    });
+    run.answers.click("Abort");
+    QVERIFY(run.run());
+    QVERIFY(dialog != nullptr);
+    QCOMPARE(above, dialog);
 }
 
 void TestMProgress::parentGone()
