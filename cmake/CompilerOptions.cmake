@@ -1,6 +1,7 @@
 # Warnings, hardening and sanitizers, the same for every target of the project.
 
-option(VANTREL_WERROR "Treat warnings as errors" ON)
+# A compiler that is newer than ours knows more warnings; whoever only wants the program is not stopped by one.
+option(VANTREL_WERROR "Treat warnings as errors; on in the presets that developers use" OFF)
 set(VANTREL_SANITIZE "" CACHE STRING "Sanitizers to build with: empty, 'address,undefined' or 'thread'")
 option(VANTREL_COVERAGE "Build for lcov" OFF)
 option(VANTREL_QUICK_COMPILE "Compile Qt's headers once and sources in batches; hides an include that is missing" OFF)
@@ -10,13 +11,14 @@ if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
+function(vantrel_warnings target)
+    target_compile_options(${target} PRIVATE ${ARGN} $<$<BOOL:${VANTREL_WERROR}>:-Werror>)
+endfunction()
+
 function(vantrel_compiler_options target)
-    target_compile_options(${target} PRIVATE
+    vantrel_warnings(${target}
         -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
         -Wold-style-cast -Wcast-qual -Wformat=2 -Wundef -Wnull-dereference)
-    if(VANTREL_WERROR)
-        target_compile_options(${target} PRIVATE -Werror)
-    endif()
     target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_DEPRECATED_WARNINGS
         QT_DISABLE_DEPRECATED_BEFORE=0x050F00 _FILE_OFFSET_BITS=64)
     if(VANTREL_SANITIZE)

@@ -85,12 +85,13 @@ QAccessibleInterface* AccessibleParts::cell(const QModelIndex& index)
 
 QAccessibleInterface* AccessibleParts::cellAt(const QPoint& onScreen)
 {
-    if (m_view == nullptr) {
+    const QAbstractItemView* view = m_view;
+    if (view == nullptr) {
         return nullptr;
     }
-    const QPoint inViewport = m_view->viewport()->mapFromGlobal(onScreen);
-    const bool isInside = m_view->viewport()->rect().contains(inViewport);
-    return isInside ? cell(m_view->indexAt(inViewport)) : nullptr;
+    const QPoint inViewport = view->viewport()->mapFromGlobal(onScreen);
+    const bool isInside = view->viewport()->rect().contains(inViewport);
+    return isInside ? cell(view->indexAt(inViewport)) : nullptr;
 }
 
 QAccessibleInterface* AccessibleParts::focusedCell()
