@@ -14,22 +14,29 @@ exec </dev/null
 ROOT=$(cd "$(dirname "$(readlink -f "$0")")/.." && pwd -P)
 JOBS=$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 2)
 
-# Packages of Debian 12, by what they are for.
-PACKAGES_BUILD="cmake g++ ninja-build ccache qtbase5-dev qtbase5-dev-tools"
+# Prints what packaging/debian/control asks for to build, one package a line, the first where there is a choice. What
+# every build takes, build-essential, is not among it.
+build_depends() {
+    awk '/^[^ \t#]/ { asked = /^Build-Depends:/ } asked' "$ROOT/packaging/debian/control" \
+        | sed '/^#/d; s/^Build-Depends://' | tr ',' '\n' | sed 's/[][(|<:].*//; s/[ \t]//g; /^$/d'
+}
+
+# Packages of Debian 12 and 13, by what they are for.
+PACKAGES_BUILD="g++ ccache $(build_depends | grep -v '^debhelper')"
 PACKAGES_SHOW="adwaita-icon-theme fonts-dejavu-core fonts-liberation xdg-utils"
 PACKAGES_VIRTUAL_DISPLAY="xvfb openbox xdotool x11-utils imagemagick"
 PACKAGES_FORMAT="clang-format"
 PACKAGES_LINT="clang-tidy clazy mandoc shellcheck python3 python3-pyflakes"
 PACKAGES_COVERAGE="lcov"
 PACKAGES_VALGRIND="valgrind libc6-dbg"
-PACKAGES_FUZZ="clang libclang-rt-14-dev"
+PACKAGES_FUZZ="clang libclang-rt-dev"
 PACKAGES_TEST="qtbase5-private-dev locales python3 procps strace dbus dbus-x11 at-spi2-core python3-pyatspi xclip xauth
  btrfs-progs fuse3 libfuse3-dev mount pkg-config weston qtwayland5"
 # What the recipes of examples/recipes run that are tested by running them.
 PACKAGES_RECIPES="bzip2 fdupes file git gpg gpg-agent less libarchive-tools libglib2.0-bin p7zip-full
  pinentry-curses rename renameutils rsync sensible-utils trash-cli unzip xxd xz-utils zip zstd"
 PACKAGES_PICTURES="optipng pngquant"
-PACKAGES_PACKAGE="$PACKAGES_BUILD debhelper dpkg-dev"
+PACKAGES_PACKAGE="build-essential ccache debhelper dpkg-dev $(build_depends)"
 PACKAGES_PACKAGE_TEST="appstream blhc desktop-file-utils devscripts librsvg2-bin lintian man-db mandoc"
 
 say() {
@@ -61,8 +68,11 @@ apt_get() {
         apt-get -q -y -o DPkg::Lock::Timeout=300 "$@"
 }
 
-is_installed() {
-    dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+# Prints the packages that are installed and those that they provide, one a line.
+installed_packages() {
+    # shellcheck disable=SC2016 # fields of dpkg-query
+    dpkg-query -W -f '${db:Status-Status},${Package},${Provides}\n' 2>/dev/null | sed -n 's/^installed,//p' \
+        | tr ',' '\n' | sed 's/(.*//; s/ //g'
 }
 
 # need PACKAGE...: installs those of the Debian packages that are missing, and says which.
@@ -71,9 +81,13 @@ need() {
         warn "this is no Debian system; the equivalents of these packages have to be there: $*"
         return 0
     fi
+    there=" $(installed_packages | tr '\n' ' ')"
     missing=
     for package in "$@"; do
-        is_installed "$package" || missing="$missing $package"
+        case $there in
+        *" $package "*) ;;
+        *) missing="$missing $package" ;;
+        esac
     done
     [ -n "$missing" ] || return 0
 
