@@ -198,3 +198,45 @@ wait_until() {
         sleep 0.1
     done
 }
+
+# shows_settings FILE: whether the upper part of a screenshot of 1600 pixels has the colours that the settings give.
+shows_settings() {
+    colours=$(convert "$1" -crop 1600x60+0+40 -format %k info:) || return 1
+    say "$colours colours"
+    [ "$colours" -gt 20 ]
+}
+
+# --- Scripts that count checks. $work is a folder of theirs.
+
+passed=0
+failed=0
+skipped=0
+
+# check NAME COMMAND...: one check; what it says is shown where it fails.
+check() {
+    name=$1
+    shift
+    # shellcheck disable=SC2154 # the script's own
+    if "$@" >"$work/said" 2>&1 </dev/null; then
+        say "passed: $name"
+        passed=$((passed + 1))
+    else
+        say "FAILED: $name"
+        tail -n 200 "$work/said" | sed 's/^/    /'
+        failed=$((failed + 1))
+        return 1
+    fi
+}
+
+skip() {
+    say "skipped $1"
+    skipped=$((skipped + 1))
+}
+
+# say_counts: the last line of the script, and its end: succeeds where something passed and nothing failed.
+say_counts() {
+    counts="$passed passed, $failed failed"
+    [ "$skipped" -eq 0 ] || counts="$counts, $skipped skipped"
+    say "$counts"
+    [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+}
