@@ -222,7 +222,7 @@ check() {
         passed=$((passed + 1))
     else
         say "FAILED: $name"
-        tail -n 200 "$work/said" | sed 's/^/    /'
+        sed '/^\[[ 0-9/%]*\] /d; s/^/    /' "$work/said" | tail -n 200
         failed=$((failed + 1))
         return 1
     fi
