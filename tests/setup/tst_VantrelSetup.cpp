@@ -265,7 +265,7 @@ void TestVantrelSetup::unwritableHome()
 void TestVantrelSetup::fullDisk()
 {
     const QString mount = QStringLiteral("mount -t tmpfs -o size=%1k none \"$HOME\" && ");
-    if (::geteuid() != 0 || run({}, QStringLiteral("unshare -m sh -c '%1:'").arg(mount.arg(8))).status != 0) {
+    if (::geteuid() != 0 || run({}, QStringLiteral("unshare -m sh -c '%1:'").arg(mount.arg(4))).status != 0) {
         QSKIP("a small volume cannot be mounted here");
     }
     const QString script = mount
@@ -275,10 +275,10 @@ void TestVantrelSetup::fullDisk()
     const auto inside = [&](int kilobytes, const QString& option) {
         return run({}, QStringLiteral("unshare -m sh -c '%1' \"$0\"").arg(script.arg(kilobytes).arg(option)));
     };
-    const Run fresh = inside(8, QString());
+    const Run fresh = inside(4, QString());
     QCOMPARE(fresh.output, QStringLiteral("status 1\n"));
     QVERIFY2(fresh.errors.contains(QStringLiteral("cannot be written")), qPrintable(fresh.errors));
-    QCOMPARE(inside(8, QStringLiteral("--force")).output, QStringLiteral("status 1\n.Vantrel\nmine"));
+    QCOMPARE(inside(4, QStringLiteral("--force")).output, QStringLiteral("status 1\n.Vantrel\nmine"));
     // With room the same way succeeds.
     QVERIFY(inside(512, QString()).output.endsWith(QStringLiteral("status 0\n.Vantrel\n")));
 }
