@@ -123,6 +123,11 @@ build() {
     rm -f "$log"
 }
 
+# share_cache FOLDER: lets the compiler's cache give what was compiled below another folder or in another language.
+share_cache() {
+    export CCACHE_BASEDIR="$1" CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=locale
+}
+
 # own_sources: prints the C++ files of the project, one a line, from its root.
 own_sources() {
     (cd "$ROOT" && for room in app panel fileops commands info check tests bench fuzz; do
