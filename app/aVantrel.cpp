@@ -11,8 +11,13 @@
 #include <QApplication>
 #include <QEvent>
 #include <QMessageBox>
+#include <QScreen>
+#include <QTimer>
 
 namespace {
+
+/// How long a window manager may take to give the window the size of the screen, in milliseconds.
+constexpr int patienceMs = 500;
 
 /// @return a shown panel owned by @p window, at a place that holds until the window is first resized
 MPanel* makePanel(aVantrel* window, int x, const QString& accessibleName)
@@ -40,6 +45,7 @@ aVantrel::aVantrel(QWidget* parent)
     gwPanel2 = makePanel(this, 700, QStringLiteral("Panel 2"));
     gwPanel1 = makePanel(this, 100, QStringLiteral("Panel 1"));
     showMaximized();
+    QTimer::singleShot(patienceMs, this, SLOT(fillScreen()));
 }
 
 aVantrel::~aVantrel() = default;
@@ -105,6 +111,15 @@ void aVantrel::takeKeyboard()
     }
     askForKeyboard(this);
     noteKeyboard(this);
+}
+
+/// Without a window manager nobody makes the window as large as it was asked for.
+void aVantrel::fillScreen()
+{
+    const QRect room = screen()->availableGeometry();
+    if (isMaximized() && width() < room.width() / 2) {
+        setGeometry(room);
+    }
 }
 
 void aVantrel::arrange(int arrangement)

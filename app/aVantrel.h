@@ -35,6 +35,7 @@ protected:
 
 private slots:
     void takeKeyboard();
+    void fillScreen();
     void on_actionExit_triggered();
     void on_actionTile_Vertically_triggered();
     void on_actionSingle_Panel_triggered();

@@ -175,6 +175,13 @@ class Start(VantrelTest):
         self.start("window=7\n")
         self.expect_panels((100, 100, 500, 500), (700, 100, 500, 500))
 
+    def test_without_a_window_manager(self):
+        server, display = desktop.start_display()
+        self.addCleanup(server.wait)
+        self.addCleanup(server.terminate)
+        self.start("drive=/=Root\n", ready=False, prefix=["/usr/bin/env", "DISPLAY=" + display])
+        wait_for(lambda: self.program.main().extents == (0, 0, *desktop.SCREEN), lambda: self.program.main().extents)
+
     def test_window_menu(self):
         program = self.start()
         program.menu("Window", "Single Panel")
