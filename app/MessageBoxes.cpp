@@ -4,8 +4,11 @@
 
 namespace {
 
-/// Rows that a box has room for on a small screen.
+/// Lines that a box has room for on a small screen.
 constexpr int shownRows = 25;
+
+/// Rows that it has room for, counted as below: most have more letters.
+constexpr int wrappedRows = 30;
 
 /// Letters that a row has room for at the least, on a screen 800 pixels wide; a path wraps where it has a
 /// slash.
@@ -24,8 +27,8 @@ int rowsOf(const QStringList& lines, int longest)
 /// @return @p longest lowered until the lines have room, but not below one row
 int longestLine(const QStringList& lines)
 {
-    int longest = shownRows * rowLength;
-    while (longest > rowLength && rowsOf(lines, longest) > shownRows) {
+    int longest = wrappedRows * rowLength;
+    while (longest > rowLength && rowsOf(lines, longest) > wrappedRows) {
         longest -= rowLength;
     }
     return longest;

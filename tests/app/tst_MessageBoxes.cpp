@@ -98,7 +98,7 @@ private slots:
             = boxText("Replace file:\n" + path + "\n2020-01-01 1 bytes\n\nWith file:\n" + path + "\nb");
         const QStringList lines = text.split('\n');
         QCOMPARE(lines.size(), 7);
-        QVERIFY(text.length() < 25 * 30);
+        QVERIFY(text.length() < 30 * 30);
         for (const int at : {1, 5}) {
             QVERIFY(lines.at(at).startsWith("/begin"));
             QVERIFY(lines.at(at).endsWith("/end"));
