@@ -121,11 +121,13 @@ bool HeldKeys::eventFilter(QObject* watched, QEvent* event)
     if ((!isPress && event->type() != QEvent::ShortcutOverride) || !watched->isWidgetType()) {
         return false;
     }
-    if (isPress && event == m_press) {
-        return false; // the parent is offered what its child did not take
+    const auto& receiver = static_cast<const QWidget&>(*watched);
+    if (event == m_press && !m_receiver.isNull() && receiver.isAncestorOf(m_receiver)) {
+        return false; // a parent is offered what its child did not take
     }
     m_press = isPress ? event : nullptr;
-    if (!isKept(static_cast<const QWidget&>(*watched), static_cast<const QKeyEvent&>(*event))) {
+    m_receiver = &receiver;
+    if (!isKept(receiver, static_cast<const QKeyEvent&>(*event))) {
         return false;
     }
     m_press = nullptr;

@@ -57,5 +57,6 @@ private:
     QHash<quint32, Key> m_keys; ///< by the code of the keyboard, or where there is none by Qt's
     QHash<int, quint32> m_codes; ///< codes of the keyboard by Qt's, for events that lack them
     const QEvent* m_press = nullptr; ///< press that goes from widget to parent; only to compare
+    QPointer<const QWidget> m_receiver; ///< widget that it came to first
     bool m_isRepeating = false;
 };

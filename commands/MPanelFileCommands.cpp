@@ -132,9 +132,7 @@ void MPanel::deleteSelected()
 {
     getSelection();
     gslDragList = selectedPaths;
-    // After a right click in the tree, the rows of the listing are not in the current folder.
-    const QString folder = list->hasFocus() ? listModel->rootPath() : currentPath;
-    askAndRun(this, QStringLiteral("Delete selected files in folder: \n\n") + folder, OpDelete);
+    askAndRun(this, QStringLiteral("Delete selected files in folder: \n\n") + currentPath, OpDelete);
 }
 
 MPanel::CopySource MPanel::listSelectionForCopy()

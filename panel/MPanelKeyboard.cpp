@@ -37,10 +37,8 @@ int commandOfKey(int key)
 
 } // namespace
 
-/// @return what a key's command acts on: the selected row, which need not be in the current folder once that
-/// was
-///         changed in the tree; without one, the current folder. The names of several are chained one after
-///         the other on purpose, ".." included
+/// @return what a key's command acts on: the selected row, by its own path; without one, the current folder.
+///         The names of several are chained one after the other on purpose, ".." included
 QString MPanel::keyPath() const
 {
     QString path;
@@ -57,8 +55,8 @@ bool MPanel::mykeyPressEvent(QKeyEvent* event)
     if (code == CommandUnknown) {
         return false;
     }
-    if (showsFolder() && !event->isAutoRepeat()
-        && !HeldKeys::isRepeating()) { // a key that is held is one command
+    const bool isHeld = event->isAutoRepeat() || HeldKeys::isRepeating(); // which is one command
+    if (showsFolder() && !isHeld) {
         DoAction(code, keyPath(), QString());
     }
     return true;

@@ -2,6 +2,7 @@
 
 import os
 
+import a11y
 from desktop import held, holds, key, wait_for
 from files import read
 from operations import MANY, OperationTest
@@ -82,6 +83,22 @@ class Held(OperationTest):
         with held("a"):
             wait_for(lambda: len(box.fields[-1].text) > 5, "many letters")
         box.press("Cancel")
+
+    def test_an_entry_of_a_menu_is_reached_and_chosen_once(self):
+        self.make(f="1")
+        self.stand_in("run")
+        lines = "".join(f"menu=sendto=*=Entry {number}=run {number}\n" for number in range(8))
+        self.start("drive={tree}=Tree\n" + lines)
+        panel = self.program.panel(1)
+        panel.wait_folder(self.tree)
+        panel.select("f")
+        key("shift+F10")
+        popup = self.program.popup()
+        with held("Down"):
+            wait_for(lambda: a11y.focus_told(popup.window).name > "Entry 2", "the keyboard goes on through the entries")
+        with held("Return"):
+            self.launched("run")
+            holds(lambda: not self.notes("run"), "one start", HELD)
 
     def test_keys_move_as_long_as_they_are_held(self):
         panel = self.open(**{f"f{number}": "x" for number in range(9)})
