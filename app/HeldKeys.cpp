@@ -27,6 +27,9 @@ constexpr quint8 xKeyPress = 2;
 constexpr quint8 xKeyRelease = 3;
 constexpr quint8 sentByAProgram = 0x80;
 
+/// Stands for the window of another program: no window has this number.
+constexpr quint32 elsewhere = 1;
+
 bool movesTheFocus(int key)
 {
     switch (key) {
@@ -94,8 +97,9 @@ bool HeldKeys::nativeEventFilter(const QByteArray& eventType, void* message, lon
 void HeldKeys::notePress(Key& key, quint32 time, quint32 window)
 {
     constexpr int remembered = 32; // more than a user presses while the program is busy
-    if (key.pressedIn != 0 && key.released == time) {
-        return; // repeated
+    if (time != 0 && key.released == time) { // repeated
+        key.pressedIn = key.pressedIn != 0 ? key.pressedIn : elsewhere;
+        return;
     }
     if (key.presses.size() == remembered) {
         key.presses.removeFirst();

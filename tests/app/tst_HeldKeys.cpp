@@ -59,6 +59,7 @@ private slots:
     void severalFreshPressesAtOnce();
     void copiesWithoutATime();
     void pressThatNeverCame();
+    void heldSinceBeforeTheStart();
 
 private:
     static void press(
@@ -352,6 +353,24 @@ void TestHeldKeys::pressThatNeverCame()
     deliver(&form.field, 0);
     deliver(&form.field, 1500);
     QCOMPARE(form.field.text(), QString());
+}
+
+/// The first that is heard of the key is a repeated press.
+void TestHeldKeys::heldSinceBeforeTheStart()
+{
+    Form form;
+    form.open();
+    for (const bool hasTime : {true, false, true}) {
+        x(false, 1000, &form);
+        x(true, 1000, &form);
+        deliver(&form.field, hasTime ? 1000 : 0);
+        QVERIFY(HeldKeys::isRepeating());
+    }
+    QCOMPARE(form.field.text(), QString());
+    x(false, 1200, &form);
+    x(true, 1300, &form);
+    deliver(&form.field, 1300);
+    QCOMPARE(form.field.text(), QStringLiteral("r"));
 }
 
 VANTREL_TEST_MAIN(TestHeldKeys)
