@@ -1,8 +1,8 @@
 #include "panel/ViewDrag.h"
 
 #include "app/WindowSystem.h"
-#include "app/aGlobal.h"
 #include "panel/MPanel.h"
+#include "panel/RunningDrag.h"
 #include "panel/myDelegate.h"
 
 #include <QAbstractItemView>
@@ -12,7 +12,6 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPointer>
-#include <QScopedValueRollback>
 #include <QTimer>
 
 namespace {
@@ -22,32 +21,19 @@ constexpr int nudgeMs = 100;
 /// All that a drag carries: the paths travel in the pending operation.
 const QString marker = QStringLiteral("BlahBlah");
 
-/// A drag of another program, and one that comes while a dialog stands, must not start an operation: the
-/// pending items are those of an earlier command, or of the operation that runs.
+/// A drag of another program, another run of this one included, and one that comes while a dialog stands,
+/// must not start an operation: the pending items are those of an earlier command, or of the operation that
+/// runs.
 bool isStranger(const QDropEvent* event)
 {
     const QMimeData* data = event->mimeData();
-    return QApplication::activeModalWidget() != nullptr
+    return RunningDrag::current() == nullptr || QApplication::activeModalWidget() != nullptr
         || (!data->formats().isEmpty() && data->text() != marker);
 }
 
-/// A drop that waits for the end of its drag.
-struct Drop
-{
-    QPointer<MPanel> panel; ///< that the items were dropped in; null where nothing was dropped
-    Qt::DropAction action = Qt::IgnoreAction;
-    QString target;
-};
-
-/// The drop of the drag that runs; null while none does. All drags of the program are over before another
-/// begins.
-Drop* runningDrag = nullptr;
-
 /// Drags what is pending until it is dropped or the drag is cancelled.
-Drop execDrag(QAbstractItemView* view)
+void execDrag(QAbstractItemView* view)
 {
-    Drop drop;
-    const QScopedValueRollback<Drop*> running(runningDrag, &drop);
     // Both are watched: the view, and with it its children, can go while the drag runs.
     const QPointer<QDrag> drag = new QDrag(view);
     auto* data = new QMimeData; // owned by the drag
@@ -59,7 +45,6 @@ Drop execDrag(QAbstractItemView* view)
     drag->exec(Qt::CopyAction | Qt::MoveAction);
     delete drag;
     delete timer;
-    return drop;
 }
 
 /// The action of a drop: what the user holds decides, not what the source proposes.
@@ -86,7 +71,7 @@ void ViewDrag::notePress(const QMouseEvent* event)
 
 bool ViewDrag::isDragStart(const QMouseEvent* event) const
 {
-    if (!event->buttons().testFlag(Qt::LeftButton) || !panel->showsFolder()) {
+    if (!event->buttons().testFlag(Qt::LeftButton) || !panel->takesCommands()) {
         return false;
     }
     const QPoint moved = event->localPos().toPoint() - pressPos;
@@ -95,15 +80,9 @@ bool ViewDrag::isDragStart(const QMouseEvent* event) const
 
 void ViewDrag::runDrag()
 {
-    // Whatever happens meanwhile, what was dragged is what is dropped.
-    const QStringList items = gslDragList;
-    const QString base = gsDragBase;
-    const Drop drop = execDrag(view);
-    if (!drop.panel.isNull()) {
-        gslDragList = items;
-        gsDragBase = base;
-        drop.panel->gotDrop(drop.action, drop.target);
-    }
+    RunningDrag drag;
+    execDrag(view);
+    drag.finish();
 }
 
 void ViewDrag::nudgeCursor()
@@ -158,13 +137,7 @@ void ViewDrag::finishDrop(QDropEvent* event, const QString& target)
         event->ignore();
         return;
     }
-    if (runningDrag != nullptr) {
-        // The question waits until the drag is over: Wayland takes the keyboard until then, and does not bear
-        // a box that ends within the drag.
-        *runningDrag = {panel, event->dropAction(), target};
-    } else {
-        panel->gotDrop(event->dropAction(), target);
-    }
+    RunningDrag::current()->drop(panel, event->dropAction(), target);
 }
 
 void ViewDrag::repaintCell(const QModelIndex& index) const

@@ -5,6 +5,7 @@
 #include "panel/MNavBar.h"
 #include "panel/MPanel.h"
 #include "panel/MTree.h"
+#include "panel/RunningDrag.h"
 #include "panel/myFileSystemModel.h"
 #include "tests/support/FaultShim.h"
 #include "tests/support/ObjectCount.h"
@@ -348,7 +349,9 @@ void TestManyRounds::newRootDuringADragFromOutside()
             QApplication::sendEvent(viewport, &leave);
         } else {
             QDropEvent drop(place, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+            RunningDrag running;
             QApplication::sendEvent(viewport, &drop);
+            running.finish();
         }
         turns(3);
         QVERIFY(!list.isNull() && !tree.isNull());

@@ -5,6 +5,7 @@
 #include "panel/MList.h"
 #include "panel/MPanel.h"
 #include "panel/MTree.h"
+#include "panel/RunningDrag.h"
 #include "tests/support/BoxAnswers.h"
 #include "tests/support/FaultShim.h"
 #include "tests/support/PanelWindow.h"
@@ -159,7 +160,9 @@ void TestOneOperation::dropOn(MPanel* target, QAbstractItemView* view)
     data.setText(QStringLiteral("BlahBlah"));
     for (const Qt::KeyboardModifier modifier : {Qt::NoModifier, Qt::ShiftModifier}) {
         QDropEvent event(QPointF(10, 10), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, modifier);
+        RunningDrag drag;
         QApplication::sendEvent(view->viewport(), &event);
+        drag.finish();
         lookForASecond("a drop");
     }
     // Past what the view refuses.

@@ -288,7 +288,11 @@ void TestViewDrag::dropWaitsForTheEndOfTheDrag()
     select({"one.txt"});
     panel->list->installEventFilter(&meanwhile);
     meanwhile.act = [&] {
-        QVERIFY(drop(panel, false, placeOf(false, QStringLiteral("sub"))));
+        QDropEvent event(placeOf(false, QStringLiteral("sub")), Qt::CopyAction | Qt::MoveAction, &mime,
+            Qt::LeftButton, Qt::NoModifier);
+        enter(panel->list->viewport(), event.pos());
+        QApplication::sendEvent(panel->list->viewport(), &event);
+        QVERIFY(event.isAccepted());
         QVERIFY(answers.seen().isEmpty());
         gslDragList = QStringList{QStringLiteral("/another")};
         gsDragBase = QStringLiteral("/elsewhere");

@@ -24,6 +24,7 @@ class TestViewDragTarget : public QObject, protected DragFixture
 private slots:
     void init() { start(); }
     void cleanup() { end(); }
+    void dropWithoutADragOfOurs();
 
     void enterAccepts_data();
     void enterAccepts();
@@ -401,6 +402,18 @@ void TestViewDragTarget::dropWhileADialogStands()
     QVERIFY(!drop(panel, false, placeOf(false, QStringLiteral("sub"))));
     QCOMPARE(boxes.texts(), QStringList());
     QCOMPARE(gsDropBase, QStringLiteral("before"));
+}
+
+/// Another run of the program drags the same marker; what is pending here is of an earlier drag.
+void TestViewDragTarget::dropWithoutADragOfOurs()
+{
+    gslDragList = QStringList{dir->path(QStringLiteral("one.txt"))};
+    const BoxAnswers answers;
+    QDropEvent event(
+        placeOf(false, QStringLiteral("sub")), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    enter(panel->list->viewport(), event.pos());
+    QApplication::sendEvent(panel->list->viewport(), &event);
+    QVERIFY(!event.isAccepted());
 }
 
 VANTREL_TEST_MAIN(TestViewDragTarget)

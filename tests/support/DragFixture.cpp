@@ -3,6 +3,7 @@
 #include "panel/MList.h"
 #include "panel/MPanel.h"
 #include "panel/MTree.h"
+#include "panel/RunningDrag.h"
 #include "panel/myFileSystemModel.h"
 
 #include <QApplication>
@@ -81,6 +82,8 @@ bool DragFixture::drop(MPanel* target, bool inTree, const QPoint& place, Qt::Key
     event.ignore();
     QWidget* viewport = inTree ? target->tree->viewport() : target->list->viewport();
     enter(viewport, place);
+    RunningDrag drag;
     QApplication::sendEvent(viewport, &event);
+    drag.finish();
     return event.isAccepted();
 }
