@@ -2,6 +2,7 @@
 
 #include "panel/MPanel.h"
 
+#include "app/PosixHandles.h"
 #include "app/aGlobal.h"
 #include "commands/MenuChoice.h"
 #include "commands/MenuFilter.h"
@@ -9,8 +10,8 @@
 #include "panel/MTree.h"
 #include "panel/myFileSystemModel.h"
 
+#include <QFile>
 #include <QMenu>
-#include <QPointer>
 
 namespace {
 
@@ -25,7 +26,7 @@ void addEntry(QMenu& menu, const LSMENU& entry)
 
 void MPanel::ShowContextMenuTree(const QPoint& pos)
 {
-    if (!showsFolder()) {
+    if (!takesCommands()) {
         return;
     }
     // The tree's own coordinates here and the viewport's in the listing, on purpose.
@@ -41,7 +42,7 @@ void MPanel::ShowContextMenuTree(const QPoint& pos)
 
 void MPanel::ShowContextMenuList(const QPoint& pos)
 {
-    if (!showsFolder()) {
+    if (!takesCommands()) {
         return;
     }
     const QPoint globalPos = list->viewport()->mapToGlobal(pos);
@@ -65,9 +66,9 @@ void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& gl
     const MenuChoice choice(&menu);
     const QString shown = currentPath;
     const QString item = contextPath;
-    const QPointer<myFileSystemModel> root(treeModel);
+    const HeldFolder folder(QFile::encodeName(shown).constData());
     menu.exec(globalPos);
-    if (currentPath != shown || root.isNull()) {
+    if (currentPath != shown || !folder.isAt(QFile::encodeName(shown).constData())) {
         return; // the folder went while the menu was open: what was meant is not there any more
     }
     if (const QAction* chosen = choice.entry()) {

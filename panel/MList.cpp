@@ -171,7 +171,7 @@ void MList::repaintFocus()
 
 MList::Place MList::place() const
 {
-    if (!m_placeModel.isNull() && m_placeModel == model()) {
+    if (isRestoring()) {
         return m_place;
     }
     Place now;

@@ -36,6 +36,8 @@ public:
     /// Selects, makes current and scrolls once the model has loaded its folder. What the user has selected
     /// until then stays instead.
     void restoreWhenLoaded(const Place& place);
+    /// @return whether something is still to be restored
+    bool isRestoring() const { return !m_placeModel.isNull() && m_placeModel == model(); }
     /// Makes the selected rows the pending items, as a drag does.
     void takePending() const;
 

@@ -33,10 +33,10 @@ void giveModel(QAbstractItemView* view, QAbstractItemModel* model)
 MPanel::MPanel(QWidget* parent)
     : QFrame(parent)
     , rootPath(QStringLiteral("/"))
-    , rootReturn(new FolderReturn(this))
+    , folderReturn(new FolderReturn(this))
     , mounts(MountWatch::shared())
 {
-    connect(rootReturn, SIGNAL(returned(QString)), this, SLOT(showRootAgain()));
+    connect(folderReturn, SIGNAL(returned(QString)), this, SLOT(showReturned(QString)));
     connect(mounts.get(), SIGNAL(changed()), this, SLOT(showVolume()));
     newTreeModel();
     newListModel();

@@ -64,6 +64,10 @@ public:
     /// keys,
     ///         menus and drops do nothing
     bool showsFolder() const;
+    /// @return whether commands have something to act on: the folder is shown, and its rows are not being
+    /// read anew,
+    ///         when the selection is still to come back
+    bool takesCommands() const;
 
     /// @return what Tab goes through, in this order: drive buttons, path buttons, tree, listing
     QList<QWidget*> tabStops() const;
@@ -143,6 +147,7 @@ protected:
 private slots:
     void treeEntriesGone(const QString& folder, const QStringList& names);
     void treeRootGone();
+    void showReturned(const QString& folder);
     void showRootAgain();
     void showVolume();
 
@@ -158,7 +163,7 @@ private:
     void moveSplitter(int steps);
     void resizeColumn(int pixels);
     void leaveFocusTo(QWidget* focused);
-    bool listCurrentPath();
+    bool listFolder(const QString& path);
     void noteLastPath(const QString& path);
     void openFile(const QString& path, const QString& name);
     QString keyPath() const;
@@ -179,6 +184,6 @@ private:
     void dropPending(int code);
     void copyPathsToClipboard();
 
-    FolderReturn* rootReturn; ///< waits while the root is no folder; child of this
+    FolderReturn* folderReturn; ///< waits while the current folder is none; child of this
     std::shared_ptr<MountWatch> mounts; ///< shared with all who want to know of mounts
 };

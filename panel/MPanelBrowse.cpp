@@ -20,12 +20,7 @@ void MPanel::setTreeRoot(QString path)
 {
     rootPath = cleanAbsolutePath(path);
     newTreeModel();
-    if (QFileInfo(rootPath).isDir() && treeModel->setRootPath(rootPath).isValid()) {
-        rootReturn->stop();
-    } else {
-        treeModel->showNothing();
-        rootReturn->waitFor(rootPath);
-    }
+    treeModel->showFolder(rootPath);
     tree->startChangeWatcher();
     tree->reset();
     tree->setRootIndex(rootPath == QLatin1String("/") ? treeModel->index(QString())
@@ -35,6 +30,9 @@ void MPanel::setTreeRoot(QString path)
     currentPath = rootPath;
     setTreePath(rootPath);
     treeRowChanged(rootPath);
+    if (treeModel->showsNothing()) {
+        folderReturn->waitFor(rootPath); // also where it has come back since, and is listed
+    }
 }
 
 void MPanel::setTreePath(QString path)
@@ -46,35 +44,40 @@ void MPanel::setTreePath(QString path)
 void MPanel::treeRowChanged(QString path)
 {
     currentPath = path;
-    newListModel();
-    const bool isFolder = listCurrentPath();
+    const bool isFolder = listFolder(path);
     tree->setFocus(Qt::OtherFocusReason);
     tree->showCurrent(treeModel->index(path));
     tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
     navBar->SetNavBar(path);
     noteLastPath(path);
     listSelectionChanged();
-    if (!isFolder) {
-        showCounts(path, 0, 0, 0); // nothing will be loaded: the counts of the folder before must not stay
+    if (isFolder) {
+        folderReturn->stop();
+    } else {
+        folderReturn->waitFor(path);
     }
 }
 
-/// @return whether it is a folder; else the listing is empty
-bool MPanel::listCurrentPath()
+/// Lists a folder in a new model, without rows where it is not there.
+/// @return whether it is
+bool MPanel::listFolder(const QString& path)
 {
-    // The base class would show its working folder for a path that is no folder.
-    const QModelIndex folder
-        = QFileInfo(currentPath).isDir() ? listModel->setRootPath(currentPath) : QModelIndex();
-    if (!folder.isValid()) {
-        listModel->showNothing();
+    newListModel();
+    list->setRootIndex(listModel->showFolder(path));
+    if (!showsFolder()) {
+        showCounts(path, 0, 0, 0); // nothing will be loaded: the counts of the folder before must not stay
     }
-    list->setRootIndex(folder);
-    return folder.isValid();
+    return showsFolder();
 }
 
 bool MPanel::showsFolder() const
 {
     return !listModel->showsNothing();
+}
+
+bool MPanel::takesCommands() const
+{
+    return showsFolder() && !list->isRestoring();
 }
 
 void MPanel::noteLastPath(const QString& path)
@@ -222,6 +225,17 @@ void MPanel::treeRootGone()
     }
 }
 
+/// A folder that was not there when it was to be shown is there.
+void MPanel::showReturned(const QString& folder)
+{
+    if (folder == rootPath) {
+        showRootAgain();
+    } else if (folder == currentPath && !showsFolder()) {
+        listFolder(folder);
+        listSelectionChanged();
+    }
+}
+
 /// Shows the root from its beginning, or no rows where it is not there.
 void MPanel::showRootAgain()
 {
@@ -250,24 +264,21 @@ void MPanel::reloadList()
             return; // else the root is gone, and nothing is to be listed
         }
     }
+    // Not the current folder, which a right click in the tree changes.
+    const QString folder = listModel->rootPath();
     const MList::Place place = list->place();
     const int section = listModel->sortColumn();
     const Qt::SortOrder order = listModel->sortOrder();
-    newListModel();
-    if (listCurrentPath()) {
+    if (listFolder(folder)) {
         listModel->sort(section, order);
         list->restoreWhenLoaded(place);
-    } else {
-        showCounts(currentPath, 0, 0, 0); // nothing will be loaded
     }
 }
 
 void MPanel::listAnotherFolder()
 {
-    newListModel();
-    if (!listCurrentPath()) {
-        showCounts(currentPath, 0, 0, 0);
-    }
+    const QString folder = listModel->rootPath();
+    listFolder(folder);
     listSelectionChanged();
 }
 
@@ -275,7 +286,7 @@ void MPanel::refresh()
 {
     treeModel->refresh();
     listModel->refresh();
-    rootReturn->look();
+    folderReturn->look();
 }
 
 bool MPanel::eventFilter(QObject* watched, QEvent* event)

@@ -56,7 +56,7 @@ bool MPanel::mykeyPressEvent(QKeyEvent* event)
         return false;
     }
     const bool isHeld = event->isAutoRepeat() || HeldKeys::isRepeating(); // which is one command
-    if (showsFolder() && !isHeld) {
+    if (takesCommands() && !isHeld) {
         DoAction(code, keyPath(), QString());
     }
     return true;

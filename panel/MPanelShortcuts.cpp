@@ -124,7 +124,7 @@ void MPanel::moveToOther()
 void MPanel::sendToOther(Qt::DropAction action)
 {
     MPanel* other = this == gwPanel1 ? gwPanel2 : gwPanel1;
-    if (other == nullptr || other->size().isEmpty() || !showsFolder() || !other->showsFolder()) {
+    if (other == nullptr || other->size().isEmpty() || !takesCommands() || !other->showsFolder()) {
         return;
     }
     if (list->hasFocus()) {

@@ -6,6 +6,7 @@
 
 #include <QCommonStyle>
 #include <QDateTime>
+#include <QFileInfo>
 #include <QLocale>
 
 #include <array>
@@ -130,6 +131,14 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
         }
         bytes += fileInfo(child).size();
     }
+}
+
+QModelIndex myFileSystemModel::showFolder(const QString& path)
+{
+    const QModelIndex folder = QFileInfo(path).isDir() ? setRootPath(path) : QModelIndex();
+    // It may have gone between the two.
+    m_showsNothing = !folder.isValid() || rootPath() != path;
+    return m_showsNothing ? QModelIndex() : folder;
 }
 
 int myFileSystemModel::rowCount(const QModelIndex& parent) const

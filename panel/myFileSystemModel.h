@@ -39,9 +39,13 @@ public:
     int sortColumn() const { return m_sortColumn; }
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
-    /// Shows no rows from now on, whatever is loaded: the folder to be shown is not there. The base class
-    /// would show the top of the file system. To be called before a view shows the model.
-    void showNothing() { m_showsNothing = true; }
+    /// Loads a folder and follows it, the only one and once for each model.
+    /// @param path clean absolute path. Where no folder is there, the model has no rows from then on: the
+    /// base class
+    ///        would show its working folder, or the top of the file system
+    /// @return its index; invalid where it is not there
+    QModelIndex showFolder(const QString& path);
+    /// @return whether showFolder() has found no folder
     bool showsNothing() const { return m_showsNothing; }
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;

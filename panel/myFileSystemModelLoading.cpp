@@ -78,6 +78,9 @@ void myFileSystemModel::fetchMore(const QModelIndex& parent)
 
 void myFileSystemModel::takeReading(const FolderReading& reading)
 {
+    if (m_showsNothing) {
+        return;
+    }
     if (!reading.exists) {
         dropFolder(reading.folder);
         return;

@@ -3,16 +3,22 @@
 #include "app/aGlobal.h"
 #include "panel/MList.h"
 #include "panel/MTree.h"
-#include "panel/ViewDrag.h"
+#include "panel/RunningDrag.h"
 #include "panel/myFileSystemModel.h"
 #include "tests/support/BoxAnswers.h"
 #include "tests/support/ModalAnswers.h"
 #include "tests/support/PanelFixture.h"
 #include "tests/support/TestMain.h"
+#include "tests/support/TypedAnswers.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QMouseEvent>
 #include <QPointer>
 
 /// What the rows of a panel mean: their own paths, however the drive is spelt and whatever is shown; and that
@@ -29,11 +35,18 @@ private slots:
     void drivesSpeltOddly();
     void driveThatIsALink();
     void blankRowsMeanThemselves();
+    void blankRowsStay();
+    void blankRowIsCopiedUnderItsName();
     void rowsAreNotInTheCurrentFolder();
     void nothingIsShown_data();
     void nothingIsShown();
     void nothingIsTakenWhereNothingIsShown();
+    void noDragWhereNothingIsShown();
     void rootThatGoesLeavesNothing();
+    void folderThatIsBackIsListed();
+    void rebuiltListingStaysInItsFolder();
+    void noCommandWhileRowsAreReadAnew();
+    void menuOverAFolderMadeAnew();
     void manyRemovalsKeepTheSelection();
     void whatIsSelectedMeanwhileStays();
     void selectionIsAskedOnceWhenRowsGo();
@@ -100,7 +113,7 @@ void TestMPanelRows::driveThatIsALink()
 void TestMPanelRows::blankRowsMeanThemselves()
 {
     panel->list->setFocus();
-    select({"one", "two"});
+    select({"..", "one", "two"});
     const QStringList paths{dir->path(QStringLiteral("one")), dir->path(QStringLiteral("two"))};
     panel->rootPath = QStringLiteral("/no/such/root");
     QCOMPARE(listNames(panel), (QStringList{"", "", "", "", ""}));
@@ -108,9 +121,40 @@ void TestMPanelRows::blankRowsMeanThemselves()
     QCOMPARE(panel->selectedPaths, paths);
     panel->list->takePending();
     QCOMPARE(gslDragList, paths);
-    QCOMPARE(panel->listModel->entryName(panel->list->selectionModel()->selectedIndexes().at(3)), "one");
-    panel->rootPath = dir->path();
+    QCOMPARE(panel->listModel->entryName(panel->list->selectionModel()->selectedIndexes().at(3)), "..");
     QCOMPARE(panel->listModel->entryName(QModelIndex()), QString());
+    BoxAnswers boxes;
+    boxes.click(QStringLiteral("OK"));
+    QTest::keyClick(panel->list, Qt::Key_X);
+    QCOMPARE(boxes.texts(), QStringList{"Failed to start program:\n" + dir->path() + "/../one/two"});
+}
+
+/// The rows that stay when another goes are told by their names as well.
+void TestMPanelRows::blankRowsStay()
+{
+    panel->rootPath = QStringLiteral("/no/such/root");
+    QVERIFY(QFile::remove(dir->path(QStringLiteral("one"))));
+    const auto rows = [this] { return panel->listModel->rowCount(panel->list->rootIndex()); };
+    QTRY_COMPARE(rows(), 4);
+    QVERIFY(readAnotherFolder());
+    QCOMPARE(rows(), 4);
+    panel->rootPath = dir->path();
+    QCOMPARE(listNames(panel), (QStringList{"..", "a", "d", "two"}));
+}
+
+/// One file, copied into a folder, keeps its own name.
+void TestMPanelRows::blankRowIsCopiedUnderItsName()
+{
+    panel->list->setFocus();
+    select({"..", "one"});
+    panel->rootPath = QStringLiteral("/no/such/root");
+    BoxAnswers boxes;
+    boxes.click(QStringLiteral("No"));
+    ModalAnswers answers;
+    typeDestination(answers, dir->path(QStringLiteral("d/")));
+    panel->DoAction(CommandCopy, QString(), QString());
+    QCOMPARE(boxes.texts(), QStringList{"Copy selected file to: \n\n" + dir->path(QStringLiteral("d/one"))});
+    QCOMPARE(gslDragList, QStringList{dir->path(QStringLiteral("one"))});
 }
 
 /// A row's path is not put together from the current folder, which a right click in the tree changes.
@@ -197,6 +241,26 @@ void TestMPanelRows::nothingIsTakenWhereNothingIsShown()
     QCOMPARE(gslDragList, QStringList{"/before"});
 }
 
+void TestMPanelRows::noDragWhereNothingIsShown()
+{
+    panel->setTreeRoot(QStringLiteral("/no/such/place"));
+    gslDragList = QStringList{QStringLiteral("/before")};
+    const BoxAnswers boxes;
+    for (QAbstractItemView* view :
+        {static_cast<QAbstractItemView*>(panel->tree), static_cast<QAbstractItemView*>(panel->list)}) {
+        QMouseEvent move(QEvent::MouseMove, QPoint(90, 90), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(view->viewport(), &move);
+        QCOMPARE(gslDragList, QStringList{"/before"});
+        QMimeData mime;
+        mime.setText(QStringLiteral("BlahBlah"));
+        QDropEvent drop(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        RunningDrag drag;
+        QApplication::sendEvent(view->viewport(), &drop);
+        drag.finish();
+        QVERIFY(!drop.isAccepted());
+    }
+}
+
 void TestMPanelRows::rootThatGoesLeavesNothing()
 {
     panel->setTreeRoot(dir->path(QStringLiteral("a/b")));
@@ -211,6 +275,78 @@ void TestMPanelRows::rootThatGoesLeavesNothing()
     dir->file(QStringLiteral("a/b/new"));
     QTRY_VERIFY(panel->showsFolder());
     QTRY_COMPARE(listNames(panel), (QStringList{"..", "new"}));
+}
+
+/// It is gone for the moment in which it is to be opened; nobody hears of that.
+void TestMPanelRows::folderThatIsBackIsListed()
+{
+    QVERIFY(QDir().rename(dir->path("d"), dir->path("away")));
+    panel->treeRowChanged(dir->path(QStringLiteral("d")));
+    QVERIFY(!panel->showsFolder());
+    QCOMPARE(panel->folderLabel->text(), dir->path("d") + " has 0 dirs, 0 files, 0 Bytes");
+    dir->file(QStringLiteral("away/f"));
+    QVERIFY(QDir().rename(dir->path("away"), dir->path("d")));
+    QTRY_COMPARE(listNames(panel), (QStringList{"..", "f"}));
+    QCOMPARE(panel->rootPath, dir->path());
+}
+
+/// The selection is of files, also where the current folder is another one that has files of the same names.
+void TestMPanelRows::rebuiltListingStaysInItsFolder()
+{
+    dir->file(QStringLiteral("d/one"), "not chosen");
+    panel->list->setFocus();
+    select({"one"});
+    panel->currentPath = dir->path(QStringLiteral("d"));
+    panel->reloadList();
+    QTRY_VERIFY(panel->list->selectionModel()->hasSelection());
+    panel->list->takePending();
+    QCOMPARE(gslDragList, QStringList{dir->path("one")});
+}
+
+/// With the selection still to come, a command would mean the whole folder.
+void TestMPanelRows::noCommandWhileRowsAreReadAnew()
+{
+    panel->list->setFocus();
+    select({"one"});
+    panel->reloadList();
+    QVERIFY(!panel->takesCommands());
+    {
+        const BoxAnswers boxes;
+        const ModalAnswers answers;
+        QTest::keyClick(panel->list, Qt::Key_X);
+        QTest::keyClick(panel->list, Qt::Key_P);
+        emit panel->list->customContextMenuRequested(QPoint(20, 5));
+    }
+    QTRY_VERIFY(panel->takesCommands());
+    QCOMPARE(panel->selectedPaths, QStringList{dir->path("one")});
+}
+
+/// What the menu was opened for is not there any more, whatever has its name now.
+void TestMPanelRows::menuOverAFolderMadeAnew()
+{
+    dir->file(QStringLiteral("d/item"), "old");
+    QVERIFY(openFolder(panel, dir->path(QStringLiteral("d"))));
+    gstMenu = {{CommandExecute, QStringLiteral("|*|"), QStringLiteral("Run"), QString()}};
+    const QPoint place = panel->list->visualRect(listIndex(panel, QStringLiteral("item"))).center();
+    for (const bool madeAnew : {true, false}) {
+        BoxAnswers boxes;
+        if (!madeAnew) {
+            boxes.click(QStringLiteral("OK")); // it cannot be started
+        }
+        ModalAnswers answers;
+        answers.meet<QMenu>([&](QMenu* menu) {
+            if (madeAnew) {
+                QVERIFY(QDir().rename(dir->path("d"), dir->path("away")));
+                dir->file(QStringLiteral("d/item"), "another");
+            }
+            menu->setActiveAction(menu->actions().constFirst());
+            QTest::keyClick(menu, Qt::Key_Return);
+        });
+        panel->ShowContextMenuList(place);
+        QCOMPARE(boxes.seen().size(), madeAnew ? 0 : 1);
+        QVERIFY(waitForList(panel));
+        QTRY_VERIFY(listIndex(panel, QStringLiteral("item")).isValid());
+    }
 }
 
 void TestMPanelRows::manyRemovalsKeepTheSelection()

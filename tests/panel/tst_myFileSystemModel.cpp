@@ -3,6 +3,7 @@
 #include "app/TextHelpers.h"
 #include "panel/MPanel.h"
 #include "tests/support/ModelFixture.h"
+#include "tests/support/PanelWindow.h"
 #include "tests/support/TestMain.h"
 
 #include <QCommonStyle>
@@ -27,6 +28,7 @@ class TestmyFileSystemModel : public QObject, protected ModelFixture
     Q_OBJECT
 
 private slots:
+    void folderThatIsNotThere();
     void init() { start(); }
     void cleanup() { end(); }
 
@@ -528,6 +530,27 @@ void TestmyFileSystemModel::statsOfALink()
     model->getFolderStats(link, dirs, files, bytes);
     QCOMPARE(files, 1);
     QCOMPARE(bytes, 5);
+}
+
+/// The base class takes another folder then, with a valid index.
+void TestmyFileSystemModel::folderThatIsNotThere()
+{
+    for (const QString& path : {QStringLiteral("/no/such/place"), QString()}) {
+        myFileSystemModel none(panel);
+        none.setFilter(QDir::AllEntries);
+        none.setColumns(4);
+        QVERIFY(!none.showFolder(path).isValid());
+        QVERIFY(none.showsNothing());
+        none.sort(1, Qt::DescendingOrder);
+        QVERIFY(readAnotherFolder());
+        QCOMPARE(none.rowCount(), 0);
+        QVERIFY(!none.hasChildren());
+        QVERIFY(!none.index(QStringLiteral("/")).isValid());
+        QVERIFY(!none.index(0, 0).isValid());
+    }
+    myFileSystemModel there(panel);
+    QCOMPARE(there.filePath(there.showFolder(dir->path())), dir->path());
+    QVERIFY(!there.showsNothing());
 }
 
 VANTREL_TEST_MAIN(TestmyFileSystemModel)
