@@ -2,17 +2,13 @@
 
 #include "app/aGlobal.h"
 #include "info/DialogFileSize.h"
+#include "info/FolderWalk.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#include <algorithm>
-
 namespace {
-
-// Folders on the way down that are held open; more could use up the process's descriptors.
-constexpr std::size_t openFolders = 32;
 
 void add(std::atomic<qint64>& count, qint64 amount)
 {
@@ -41,49 +37,35 @@ void SizeWorkerClass::StartWork()
 
 void SizeWorkerClass::RecursiveSize(const QString& path)
 {
+    const QString absolutePath = QDir(path).absolutePath();
     struct stat info
     {
     };
-    if (::stat(QFile::encodeName(path).constData(), &info) != 0) {
+    if (::stat(QFile::encodeName(absolutePath).constData(), &info) != 0 || !isToEnter(path, info.st_dev)) {
         return;
     }
-    const WalkEntries::Facts folder{true, info.st_size, info.st_dev, info.st_ino};
-    if (isToEnter(path, folder)) {
-        const QByteArray absolutePath = QFile::encodeName(QDir(path).absolutePath());
-        countEntries(WalkEntries(absolutePath, m_parent->running), folder);
+    FolderWalk walk(absolutePath, info.st_dev, m_parent->running);
+    while (walk.next()) {
+        countEntry(walk);
     }
 }
 
-bool SizeWorkerClass::isToEnter(const QString& path, const WalkEntries::Facts& folder)
+void SizeWorkerClass::countEntry(FolderWalk& walk)
 {
-    return !isSkipped(path) && isOnDevice(folder.device, path) && !isAncestor(folder);
-}
-
-void SizeWorkerClass::countEntries(WalkEntries entries, const WalkEntries::Facts& folder)
-{
-    m_ancestors.push_back({folder.device, folder.number});
-    while (entries.next() && !isStopped()) {
-        const auto facts = entries.facts();
-        if (!facts) {
-            continue;
-        }
-        add(m_parent->byteCount, facts->bytes);
-        if (!facts->isFolder) {
-            add(m_parent->fileCount, 1);
-            continue;
-        }
-        add(m_parent->folderCount, 1);
-        if (isToEnter(QFile::decodeName(entries.path()), *facts)) {
-            const bool keepOpen = m_ancestors.size() < openFolders;
-            countEntries(WalkEntries(entries, keepOpen, m_parent->running), *facts);
-        }
+    const auto facts = walk.facts();
+    if (!facts) {
+        return;
     }
-    m_ancestors.pop_back();
+    add(m_parent->byteCount, facts->bytes);
+    add(facts->isFolder ? m_parent->folderCount : m_parent->fileCount, 1);
+    if (facts->isFolder && isToEnter(walk.path(), facts->device)) {
+        walk.enter(facts->device);
+    }
 }
 
-bool SizeWorkerClass::isStopped() const
+bool SizeWorkerClass::isToEnter(const QString& path, dev_t device)
 {
-    return m_parent->running.load(std::memory_order_relaxed) == 0;
+    return !isSkipped(path) && isOnDevice(device, path);
 }
 
 bool SizeWorkerClass::isSkipped(const QString& path) const
@@ -103,11 +85,4 @@ bool SizeWorkerClass::isOnDevice(dev_t device, const QString& path)
         m_isOnDevice.insert(device, isOn);
     }
     return isOn;
-}
-
-bool SizeWorkerClass::isAncestor(const WalkEntries::Facts& folder) const
-{
-    return std::any_of(m_ancestors.begin(), m_ancestors.end(), [&folder](const Ancestor& ancestor) {
-        return ancestor.device == folder.device && ancestor.number == folder.number;
-    });
 }

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "info/WalkEntries.h"
-
 #include <QHash>
 #include <QObject>
 #include <QRegularExpression>
 
-#include <vector>
+#include <sys/types.h>
 
 class DialogFileSize;
+class FolderWalk;
 
 /// Counts what lies below the path of a disk usage dialog. Lives on a thread of its own; it reads path,
 /// device and running flag in the dialog and adds to the three counts there.
@@ -34,22 +33,12 @@ signals:
     void finished();
 
 private:
-    /// A folder on the way down to the one that is being counted.
-    struct Ancestor
-    {
-        dev_t device;
-        ino_t number;
-    };
-
-    bool isStopped() const;
-    bool isToEnter(const QString& path, const WalkEntries::Facts& folder);
-    void countEntries(WalkEntries entries, const WalkEntries::Facts& folder);
+    void countEntry(FolderWalk& walk);
+    bool isToEnter(const QString& path, dev_t device);
     bool isSkipped(const QString& path) const;
     bool isOnDevice(dev_t device, const QString& path);
-    bool isAncestor(const WalkEntries::Facts& folder) const;
 
     DialogFileSize* m_parent;
     QRegularExpression m_noRecurse;
     QHash<dev_t, bool> m_isOnDevice; ///< volumes that were looked up: whether they are the dialog's device
-    std::vector<Ancestor> m_ancestors;
 };
