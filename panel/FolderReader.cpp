@@ -113,10 +113,10 @@ void FolderReader::folderChanged(const QString& folder)
 /// without a pause. The folder that a watch was asked for is not the one that stands there then.
 void FolderReader::mountsChanged()
 {
-    for (auto state = m_folders.begin(); state != m_folders.end(); ++state) {
-        state->due = true;
-        state->doubtful = true;
-        state->since.invalidate();
+    for (Folder& state : m_folders) {
+        state.due = true;
+        state.doubtful = true;
+        state.since.invalidate();
     }
     m_dueTimer.start(0);
 }

@@ -96,7 +96,8 @@ QStringList dependenciesOf(const QString& package)
     QProcess query;
     query.start(QStringLiteral("dpkg-query"), {"-W", "-f", "${Depends}", package});
     query.waitForFinished();
-    QStringList names = QString::fromUtf8(query.readAllStandardOutput()).split(QRegularExpression("[,|]"));
+    static const QRegularExpression separators("[,|]");
+    QStringList names = QString::fromUtf8(query.readAllStandardOutput()).split(separators);
     for (QString& name : names) {
         name = name.section(QLatin1Char('('), 0, 0).trimmed();
     }
