@@ -106,13 +106,15 @@ void FolderWalk::pop()
 
 void FolderWalk::leave()
 {
-    const std::optional<FolderListing> left = std::move(m_levels.back().folder);
+    std::optional<FolderListing> left = std::move(m_levels.back().folder);
     pop();
     if (m_levels.empty() || m_levels.back().folder) {
         return;
     }
     // Leads elsewhere from a folder that was entered by a link, or that has been moved.
-    if (!reopen(m_levels.size() - 1, *left, "..")) {
+    const bool isFound = reopen(m_levels.size() - 1, *left, "..");
+    left.reset();
+    if (!isFound) {
         reopenByNames();
     }
 }

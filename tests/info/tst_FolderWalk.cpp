@@ -1,5 +1,6 @@
 #include "info/FolderWalk.h"
 
+#include "app/PosixHandles.h"
 #include "tests/support/DeepFolders.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestMain.h"
@@ -10,8 +11,19 @@
 #include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
+
+/// Takes all descriptors below a number.
+std::vector<Descriptor> takeBelow(int number)
+{
+    std::vector<Descriptor> taken;
+    do {
+        taken.emplace_back(::dup(STDIN_FILENO));
+    } while (taken.back().number() >= 0 && taken.back().number() < number);
+    return taken;
+}
 
 /// What a whole walk came by.
 struct Seen
@@ -147,12 +159,13 @@ void TestFolderWalk::worksWithoutDescriptorsToSpare()
     makeChain(aside, QString(), 30);
     const QByteArray target = QFile::encodeName(aside.path());
     QCOMPARE(::symlinkat(target.constData(), deep.deepest(), "link"), 0);
-    const int lowest = ::dup(deep.deepest());
-    ::close(lowest);
     Seen seen;
     {
-        // The start, the last folder, the one that is opened from it, and one to look at the others.
-        const FewDescriptors few(static_cast<rlim_t>(lowest) + 4);
+        // The start, a folder and one that is opened from it, and one to look at the others.
+        const int first = 200;
+        const auto taken = takeBelow(first);
+        QCOMPARE(taken.back().number(), first);
+        const FewDescriptors few(first + 1 + 4);
         seen = walkAll(deep.path());
     }
     QCOMPARE(seen.folders, 1000 + 1 + 31);

@@ -20,7 +20,8 @@ qint64 sizeOf(int descriptor)
 } // namespace
 
 DeepFolders::DeepFolders(int depth, const QByteArray& name)
-    : m_deepest(::open(QFile::encodeName(path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+    : TestDir(inMemory())
+    , m_deepest(::open(QFile::encodeName(path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
     for (int level = 0; level < depth; ++level) {
         const bool isMade = ::mkdirat(m_deepest, name.constData(), 0755) == 0;
@@ -42,6 +43,6 @@ DeepFolders::~DeepFolders()
 {
     ::close(m_deepest);
     // Deeper than what is removed by its path.
-    QProcess::execute(QStringLiteral("find"),
-        {path(), QStringLiteral("-mindepth"), QStringLiteral("1"), QStringLiteral("-delete")});
+    QProcess::execute(
+        QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("rm -rf \"$0\"/*"), path()});
 }
