@@ -66,6 +66,16 @@ void FolderReader::refresh()
     }
 }
 
+void FolderReader::refreshUnwatched()
+{
+    const QStringList folders = m_folders.keys();
+    for (const QString& folder : folders) {
+        if (!m_watch->watches(folder)) {
+            read(folder);
+        }
+    }
+}
+
 void FolderReader::forget(const QString& folder)
 {
     const QString below = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');

@@ -32,6 +32,9 @@ public:
     void read(const QString& folder);
     /// Reads everything again that has been read, whether it is watched or not.
     void refresh();
+    /// Reads those folders again that are not watched themselves: that may not be read, or for which the
+    /// system has no watch left.
+    void refreshUnwatched();
     /// @return whether @p folder has been asked for
     bool knows(const QString& folder) const { return m_folders.contains(folder); }
     /// @return what the last reading of @p folder found; nothing for one that has not been read

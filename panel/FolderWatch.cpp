@@ -1,5 +1,6 @@
 #include "panel/FolderWatch.h"
 
+#include "app/TextHelpers.h"
 #include "panel/FolderEvents.h"
 
 #include <cerrno>
@@ -15,8 +16,10 @@ FolderWatch::FolderWatch(QObject* parent)
 
 FolderWatch::~FolderWatch()
 {
-    for (const int watch : qAsConst(m_watches)) {
-        m_events->unwatch(watch);
+    for (const auto* watches : {&m_watches, &m_watchesAbove}) {
+        for (const int watch : *watches) {
+            m_events->unwatch(watch);
+        }
     }
 }
 
@@ -31,22 +34,44 @@ bool FolderWatch::add(const QString& folder)
     }
     if (watch >= 0) {
         m_watches.insert(folder, watch);
+    } else if (watch == -EACCES) {
+        watchAbove(folder);
     }
     return !gone;
 }
 
+void FolderWatch::watchAbove(const QString& folder)
+{
+    QString above = folder;
+    int watch = -EACCES;
+    while (watch == -EACCES && above.length() > 1) {
+        above = xs_UpOneLevel(above);
+        watch = m_events->watch(above);
+    }
+    unwatch(m_watchesAbove, folder);
+    if (watch >= 0) {
+        m_watchesAbove.insert(folder, watch);
+    }
+}
+
 void FolderWatch::remove(const QString& folder)
 {
-    const auto watch = m_watches.find(folder);
-    if (watch != m_watches.end()) {
+    unwatch(m_watches, folder);
+    unwatch(m_watchesAbove, folder);
+}
+
+void FolderWatch::unwatch(QHash<QString, int>& watches, const QString& folder)
+{
+    const auto watch = watches.find(folder);
+    if (watch != watches.end()) {
         m_events->unwatch(watch.value());
-        m_watches.erase(watch);
+        watches.erase(watch);
     }
 }
 
 void FolderWatch::tell(int watch)
 {
-    const QStringList folders = m_watches.keys(watch);
+    const QStringList folders = m_watches.keys(watch) + m_watchesAbove.keys(watch);
     for (const QString& folder : folders) {
         emit changed(folder);
     }
@@ -54,7 +79,7 @@ void FolderWatch::tell(int watch)
 
 void FolderWatch::tellAll()
 {
-    const QStringList folders = m_watches.keys();
+    const QStringList folders = m_watches.keys() + m_watchesAbove.keys();
     for (const QString& folder : folders) {
         emit changed(folder);
     }
@@ -62,8 +87,10 @@ void FolderWatch::tellAll()
 
 void FolderWatch::drop(int watch)
 {
-    const QStringList folders = m_watches.keys(watch);
-    for (const QString& folder : folders) {
-        m_watches.remove(folder);
+    for (auto* watches : {&m_watches, &m_watchesAbove}) {
+        const QStringList folders = watches->keys(watch);
+        for (const QString& folder : folders) {
+            watches->remove(folder);
+        }
     }
 }

@@ -129,6 +129,9 @@ public slots:
     void listAnotherFolder();
     /// Reads what both views show again, for changes that the system did not announce.
     void refresh();
+    /// Reads those folders again of which the system announces no changes, as they may not be read, or there
+    /// are no watches left.
+    void refreshUnwatched();
     /// Copies or moves what the view with the focus has selected into the other panel's folder, as a drag
     /// there does.
     void copyToOther();

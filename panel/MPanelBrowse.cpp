@@ -289,12 +289,23 @@ void MPanel::refresh()
     folderReturn->look();
 }
 
+void MPanel::refreshUnwatched()
+{
+    treeModel->refreshUnwatched();
+    listModel->refreshUnwatched();
+    rootReturn->look();
+}
+
 bool MPanel::eventFilter(QObject* watched, QEvent* event)
 {
     // A modal dialog has ended: whatever it did shows, also where the system has no watches left to tell of
     // it.
     if (event->type() == QEvent::WindowUnblocked && watched == window()) {
         refresh();
+    }
+    // The panel is looked at again, after something may have been done elsewhere so that folders can be read.
+    if (event->type() == QEvent::WindowActivate && watched == window()) {
+        refreshUnwatched();
     }
     return QFrame::eventFilter(watched, event);
 }

@@ -165,3 +165,8 @@ void myFileSystemModel::refresh()
 {
     m_reader->refresh();
 }
+
+void myFileSystemModel::refreshUnwatched()
+{
+    m_reader->refreshUnwatched();
+}

@@ -78,6 +78,8 @@ public:
 
     /// Reads all loaded folders again, for changes that the system did not announce.
     void refresh();
+    /// Reads those loaded folders again of which the system announces no changes.
+    void refreshUnwatched();
 
 signals:
     /// Entries of a loaded folder are gone from disk; their rows go after this.

@@ -1,4 +1,5 @@
 #include "panel/FolderWatch.h"
+#include "tests/support/AsNobody.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/TestDir.h"
 #include "tests/support/TestMain.h"
@@ -56,6 +57,7 @@ private slots:
     void addedTwice();
     void removedTwice();
     void goneFolder();
+    void unreadableFolder();
     void folderMadeAnew();
     void folderReplacedByAnother();
     void notAFolder_data();
@@ -217,6 +219,32 @@ void TestFolderWatch::goneFolder()
     QVERIFY(QDir(folder).removeRecursively());
     QTRY_COMPARE(folders(spy), QStringList{folder});
     watch.remove(folder); // there is no watch any more
+}
+
+void TestFolderWatch::unreadableFolder()
+{
+    const TestDir dir;
+    dir.setMode(QString(), 0755);
+    const QString folder = dir.folder(QStringLiteral("above/it"), 0);
+    dir.setMode(QStringLiteral("above"), 0111);
+    FolderWatch watch(nullptr);
+    QSignalSpy spy(&watch, &FolderWatch::changed);
+    const auto addAsNobody = [&] {
+        const AsNobody nobody;
+        QVERIFY(watch.add(folder));
+    };
+    for (const QString& readable : {QStringLiteral("above"), QStringLiteral("above/it")}) {
+        addAsNobody();
+        QVERIFY(!watch.watches(folder));
+        spy.clear();
+        dir.setMode(readable, 0755);
+        QTRY_COMPARE(folders(spy), QStringList{folder});
+    }
+    addAsNobody();
+    QVERIFY(watch.watches(folder));
+    QCOMPARE(watchCount(), 1);
+    watch.remove(folder);
+    QCOMPARE(watchCount(), 0);
 }
 
 void TestFolderWatch::folderMadeAnew()

@@ -119,6 +119,9 @@ private slots:
     void goneWhenItIsToBeReadAnew();
     void madeBetweenWatchAndReading();
     void madeUnreadable();
+    void madeReadable_data();
+    void madeReadable();
+    void madeReadableUnseen();
     void unmounted();
     void filled();
     void churned();
@@ -285,6 +288,69 @@ void TestShownFolder::madeUnreadable()
     dir->setMode(QStringLiteral("a/b/shown"), 0755);
     for (MPanel* each : {panel, other.get()}) {
         QVERIFY(showsTheDisk(each, dir->path(QStringLiteral("a/b/shown"))));
+    }
+}
+
+void TestShownFolder::madeReadable_data()
+{
+    QTest::addColumn<unsigned>("mode");
+    QTest::addColumn<unsigned>("modeAbove");
+    QTest::newRow("itself") << 0U << 0755U;
+    QTest::newRow("after the folder above") << 0U << 0111U;
+    QTest::newRow("may be listed only") << 0444U << 0755U;
+    QTest::newRow("the folder above is closed") << 0755U << 0U;
+    QTest::newRow("both are closed") << 0U << 0U;
+}
+
+/// A folder that may not be read when it is opened is shown as soon as it may be.
+void TestShownFolder::madeReadable()
+{
+    QFETCH(unsigned, mode);
+    QFETCH(unsigned, modeAbove);
+    const QString shown = QStringLiteral("a/b");
+    const QString above = QStringLiteral("a");
+    dir->setMode(QString(), 0755);
+    dir->setMode(shown, mode);
+    dir->setMode(above, modeAbove);
+    {
+        const AsNobody nobody;
+        for (MPanel* each : {panel, other.get()}) {
+            each->setTreeRoot(dir->path(shown));
+            QTRY_COMPARE(each->folderLabel->text().section(QLatin1String(" has "), 0, 0), dir->path(shown));
+        }
+        QVERIFY(readAnotherFolder());
+    }
+    dir->setMode(above, 0755);
+    {
+        const AsNobody nobody;
+        QVERIFY(readAnotherFolder());
+    }
+    dir->setMode(shown, 0755);
+    const AsNobody nobody;
+    for (MPanel* each : {panel, other.get()}) {
+        QVERIFY(showsTheDisk(each, dir->path(shown)));
+    }
+}
+
+/// Nobody tells of a folder whose folder above may not be read either.
+void TestShownFolder::madeReadableUnseen()
+{
+    dir->setMode(QString(), 0755);
+    dir->setMode(QStringLiteral("a/b/shown"), 0);
+    dir->setMode(QStringLiteral("a/b"), 0111);
+    const QString shown = dir->path(QStringLiteral("a/b/shown"));
+    {
+        const AsNobody nobody;
+        panel->setTreeRoot(shown);
+        QTRY_COMPARE(panel->folderLabel->text(), shown + " has 0 dirs, 0 files, 0 Bytes");
+        QVERIFY(readAnotherFolder());
+    }
+    dir->setMode(QStringLiteral("a/b/shown"), 0755);
+    {
+        const AsNobody nobody;
+        QEvent lookedAt(QEvent::WindowActivate);
+        QCoreApplication::sendEvent(&window->window, &lookedAt);
+        QVERIFY(showsTheDisk(panel, shown));
     }
 }
 
