@@ -293,7 +293,7 @@ void MPanel::refreshUnwatched()
 {
     treeModel->refreshUnwatched();
     listModel->refreshUnwatched();
-    rootReturn->look();
+    folderReturn->look();
 }
 
 bool MPanel::eventFilter(QObject* watched, QEvent* event)

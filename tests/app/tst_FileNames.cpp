@@ -1,5 +1,6 @@
 #include "app/FileNames.h"
 
+#include "app/PosixHandles.h"
 #include "app/ReadConfig.h"
 #include "app/aGlobal.h"
 #include "info/WalkEntries.h"
@@ -15,6 +16,8 @@
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -29,9 +32,10 @@ QList<QByteArray> walked(const QByteArray& folder)
 {
     const std::atomic<int> running(1);
     QList<QByteArray> names;
-    WalkEntries entries(folder, running);
+    FolderListing listing(folder.constData());
+    WalkEntries entries(listing, running);
     while (entries.next()) {
-        names.append(entries.path().mid(folder.length() + 1));
+        names.append(entries.name());
     }
     std::sort(names.begin(), names.end());
     return names;
