@@ -49,8 +49,7 @@ FolderReader::~FolderReader()
 void FolderReader::read(const QString& folder)
 {
     Folder& state = m_folders[folder];
-    // Watched before it is read: what changes in between is read once more rather than missed.
-    m_watch->add(folder);
+    watch(folder, state);
     if (state.running) {
         state.due = true;
     } else {
@@ -113,19 +112,25 @@ void FolderReader::folderChanged(const QString& folder)
     const auto state = m_folders.find(folder);
     if (state != m_folders.end()) {
         state->due = true;
-        state->doubtful
-            = state->doubtful || !m_watch->watches(folder); // it went, and may have been made anew
         wakeDueTimer();
     }
 }
 
+/// Watches a folder before it is read, so that what changes in between is read once more rather than missed.
+/// Where that is another watch than before, another folder has come to stand there.
+void FolderReader::watch(const QString& folder, Folder& state)
+{
+    const int before = m_watch->watchOf(folder);
+    m_watch->add(folder);
+    state.doubtful = state.doubtful || before != m_watch->watchOf(folder);
+}
+
 /// Something may have been mounted over any of the folders, or taken away from it: they are all read again,
-/// without a pause. The folder that a watch was asked for is not the one that stands there then.
+/// without a pause.
 void FolderReader::mountsChanged()
 {
     for (Folder& state : m_folders) {
         state.due = true;
-        state.doubtful = true;
         state.since.invalidate();
     }
     m_dueTimer.start(0);
@@ -182,7 +187,7 @@ void FolderReader::readDueFolders()
         const qint64 pauseMs = qMax(shortestPauseMs, pausePerReading * state->tookMs);
         const qint64 leftMs = state->since.isValid() ? pauseMs - state->since.elapsed() : 0;
         if (leftMs <= 0) {
-            m_watch->add(state.key()); // a folder that was removed and made again wants a new watch
+            watch(state.key(), state.value()); // a folder that was removed and made again wants a new one
             start(state.key(), state.value());
         } else {
             nextMs = nextMs < 0 ? leftMs : qMin(nextMs, leftMs);

@@ -70,6 +70,7 @@ private:
     };
 
     void start(const QString& folder, Folder& state);
+    void watch(const QString& folder, Folder& state);
     static bool isReplaced(const Folder& state, const FolderReading& reading);
     void wakeDueTimer();
 

@@ -3,7 +3,50 @@
 #include "app/TextHelpers.h"
 #include "panel/FolderEvents.h"
 
+#include <QFile>
+
 #include <cerrno>
+#include <climits>
+#include <unistd.h>
+
+namespace {
+
+/// @return text of a link; empty where it is none
+QString linkText(const QString& path)
+{
+    char text[PATH_MAX];
+    const ssize_t length = ::readlink(QFile::encodeName(path).constData(), text, sizeof text);
+    return length > 0 ? QFile::decodeName(QByteArray(text, static_cast<int>(length))) : QString();
+}
+
+/// @return the folders that hold the links by which a path leads where it does: what happens there can lead
+/// it
+///         elsewhere
+QStringList foldersOfLinks(const QString& path)
+{
+    constexpr int mostLinks = 40; // as many as the system follows
+    QStringList parts = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    QStringList folders;
+    QString done; // without links, and without "/" at its end
+    while (!parts.isEmpty()) {
+        const QString part = parts.takeFirst();
+        if (part == QLatin1String("..")) {
+            done.truncate(qMax(0, done.lastIndexOf(QLatin1Char('/'))));
+            continue;
+        }
+        const QString link = linkText(done + QLatin1Char('/') + part);
+        if (link.isEmpty() || folders.size() == mostLinks) {
+            done += part == QLatin1String(".") ? QString() : QLatin1Char('/') + part;
+            continue;
+        }
+        folders.append(done.isEmpty() ? QStringLiteral("/") : done);
+        done = link.startsWith(QLatin1Char('/')) ? QString() : done;
+        parts = link.split(QLatin1Char('/'), Qt::SkipEmptyParts) + parts;
+    }
+    return folders;
+}
+
+} // namespace
 
 FolderWatch::FolderWatch(QObject* parent)
     : QObject(parent)
@@ -16,10 +59,9 @@ FolderWatch::FolderWatch(QObject* parent)
 
 FolderWatch::~FolderWatch()
 {
-    for (const auto* watches : {&m_watches, &m_watchesAbove}) {
-        for (const int watch : *watches) {
-            m_events->unwatch(watch);
-        }
+    const QStringList folders = m_watches.keys() + m_watchesAbove.keys();
+    for (const QString& folder : folders) {
+        remove(folder);
     }
 }
 
@@ -27,7 +69,7 @@ bool FolderWatch::add(const QString& folder)
 {
     const int watch = m_events->watch(folder);
     const bool gone = watch == -ENOENT || watch == -ENOTDIR;
-    if (watch >= 0 || gone) {
+    if (watch >= 0 || watch == -EACCES || gone) {
         // After the new one is there, so that one and the same folder is watched throughout. One that follows
         // a folder which was moved away says nothing of what is made in its place.
         remove(folder);
@@ -35,12 +77,16 @@ bool FolderWatch::add(const QString& folder)
     if (watch >= 0) {
         m_watches.insert(folder, watch);
     } else if (watch == -EACCES) {
-        watchAbove(folder);
+        watchReadableAbove(folder);
+    }
+    const QStringList above = foldersOfLinks(folder);
+    for (const QString& each : above) {
+        watchAbove(folder, m_events->watch(each));
     }
     return !gone;
 }
 
-void FolderWatch::watchAbove(const QString& folder)
+void FolderWatch::watchReadableAbove(const QString& folder)
 {
     QString above = folder;
     int watch = -EACCES;
@@ -48,7 +94,11 @@ void FolderWatch::watchAbove(const QString& folder)
         above = xs_UpOneLevel(above);
         watch = m_events->watch(above);
     }
-    unwatch(m_watchesAbove, folder);
+    watchAbove(folder, watch);
+}
+
+void FolderWatch::watchAbove(const QString& folder, int watch)
+{
     if (watch >= 0) {
         m_watchesAbove.insert(folder, watch);
     }
@@ -56,23 +106,35 @@ void FolderWatch::watchAbove(const QString& folder)
 
 void FolderWatch::remove(const QString& folder)
 {
-    unwatch(m_watches, folder);
-    unwatch(m_watchesAbove, folder);
+    for (auto* watches : {&m_watches, &m_watchesAbove}) {
+        const QList<int> those = watches->values(folder);
+        for (const int watch : those) {
+            m_events->unwatch(watch);
+        }
+        watches->remove(folder);
+    }
 }
 
-void FolderWatch::unwatch(QHash<QString, int>& watches, const QString& folder)
+/// @return whether a path still leads to the folder that is watched for it
+bool FolderWatch::leadsToWatched(const QString& folder) const
 {
-    const auto watch = watches.find(folder);
-    if (watch != watches.end()) {
-        m_events->unwatch(watch.value());
-        watches.erase(watch);
+    const int watch = m_events->watch(folder);
+    if (watch >= 0) {
+        m_events->unwatch(watch);
     }
+    return watch >= 0 && watch == watchOf(folder);
 }
 
 void FolderWatch::tell(int watch)
 {
-    const QStringList folders = m_watches.keys(watch) + m_watchesAbove.keys(watch);
-    for (const QString& folder : folders) {
+    QStringList folders = m_watches.keys(watch);
+    const QStringList below = m_watchesAbove.keys(watch);
+    for (const QString& folder : below) {
+        if (!leadsToWatched(folder)) {
+            folders.append(folder);
+        }
+    }
+    for (const QString& folder : qAsConst(folders)) {
         emit changed(folder);
     }
 }
@@ -90,7 +152,7 @@ void FolderWatch::drop(int watch)
     for (auto* watches : {&m_watches, &m_watchesAbove}) {
         const QStringList folders = watches->keys(watch);
         for (const QString& folder : folders) {
-            watches->remove(folder);
+            watches->remove(folder, watch);
         }
     }
 }

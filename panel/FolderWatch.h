@@ -21,12 +21,16 @@ public:
     ~FolderWatch() override;
 
     /// Watches @p folder (absolute path); one that is watched already stays so, also after it was made anew.
-    /// Where it may not be read, the nearest folder above that may be is watched for it.
+    /// Where it may not be read, the nearest folder above that may be is watched for it; where links lead to
+    /// it, the folders that hold them are watched as well.
     /// @return false if there is no such folder at this moment; true also where it cannot be watched
     bool add(const QString& folder);
     void remove(const QString& folder);
     /// @return whether the folder itself is watched
     bool watches(const QString& folder) const { return m_watches.contains(folder); }
+    /// @return number of its watch, another one for another folder at the same path; below 0 where it has
+    /// none
+    int watchOf(const QString& folder) const { return m_watches.value(folder, -1); }
 
 signals:
     /// Something in @p folder, or the folder itself, has changed, or may have.
@@ -38,10 +42,11 @@ private slots:
     void drop(int watch);
 
 private:
-    void watchAbove(const QString& folder);
-    void unwatch(QHash<QString, int>& watches, const QString& folder);
+    void watchReadableAbove(const QString& folder);
+    void watchAbove(const QString& folder, int watch);
+    bool leadsToWatched(const QString& folder) const;
 
     std::shared_ptr<FolderEvents> m_events; ///< shared with all other objects of this class
-    QHash<QString, int> m_watches; ///< folder to watch
-    QHash<QString, int> m_watchesAbove; ///< folder that may not be read to the watch of one above it
+    QMultiHash<QString, int> m_watches; ///< folder to watch, one for each
+    QMultiHash<QString, int> m_watchesAbove; ///< folder to watches of others that tell where its path leads
 };

@@ -58,6 +58,8 @@ private slots:
     void removedTwice();
     void goneFolder();
     void unreadableFolder();
+    void linkThatLeadsElsewhere_data();
+    void linkThatLeadsElsewhere();
     void folderMadeAnew();
     void folderReplacedByAnother();
     void notAFolder_data();
@@ -419,6 +421,51 @@ void TestFolderWatch::moreThanTheSystemHolds()
         ::chmod(two.constData(), 0644);
     }
     QTRY_COMPARE(folders(spy), paths);
+}
+
+void TestFolderWatch::linkThatLeadsElsewhere_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("the folder itself") << "holder/link"
+                                       << "holder/link";
+    QTest::newRow("one above") << "holder/link"
+                               << "holder/link/in";
+    QTest::newRow("one that the link leads over") << "holder/link"
+                                                  << "over/link/in";
+}
+
+/// The folder that is watched stays as it is; its path is another folder's now.
+void TestFolderWatch::linkThatLeadsElsewhere()
+{
+    QFETCH(QString, link);
+    QFETCH(QString, path);
+    const TestDir dir;
+    dir.folder(QStringLiteral("one/in"));
+    dir.folder(QStringLiteral("two/in"));
+    dir.link(link, QStringLiteral("../one"));
+    dir.link(QStringLiteral("over/link"), QStringLiteral("./../holder/../holder/link"));
+    const int before = watchCount();
+    FolderWatch watch(nullptr);
+    QSignalSpy spy(&watch, &FolderWatch::changed);
+    QVERIFY(watch.add(dir.path(path)));
+    const int number = watch.watchOf(dir.path(path));
+    QVERIFY(number >= 0);
+    dir.file(QStringLiteral("holder/another")); // leads nothing elsewhere
+    dir.file(path + "/x");
+    QTRY_COMPARE(folders(spy), QStringList{dir.path(path)});
+    QVERIFY(watch.add(dir.path(path)));
+    QCOMPARE(watch.watchOf(dir.path(path)), number);
+    spy.clear();
+    dir.file(QStringLiteral("holder/another one"));
+    QVERIFY(!spy.wait(100));
+    QVERIFY(QFile::remove(dir.path(link)));
+    dir.link(link, dir.path(QStringLiteral("two")));
+    QTRY_COMPARE(folders(spy), QStringList{dir.path(path)});
+    QVERIFY(watch.add(dir.path(path)));
+    QVERIFY(watch.watchOf(dir.path(path)) != number);
+    watch.remove(dir.path(path));
+    QTRY_COMPARE(watchCount(), before);
 }
 
 VANTREL_TEST_MAIN(TestFolderWatch)

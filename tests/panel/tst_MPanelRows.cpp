@@ -47,6 +47,8 @@ private slots:
     void rebuiltListingStaysInItsFolder();
     void noCommandWhileRowsAreReadAnew();
     void menuOverAFolderMadeAnew();
+    void anotherFolderIsNotChosen_data();
+    void anotherFolderIsNotChosen();
     void manyRemovalsKeepTheSelection();
     void whatIsSelectedMeanwhileStays();
     void selectionIsAskedOnceWhenRowsGo();
@@ -347,6 +349,50 @@ void TestMPanelRows::menuOverAFolderMadeAnew()
         QVERIFY(waitForList(panel));
         QTRY_VERIFY(listIndex(panel, QStringLiteral("item")).isValid());
     }
+}
+
+void TestMPanelRows::anotherFolderIsNotChosen_data()
+{
+    QTest::addColumn<QString>("drive");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("folder swapped") << ""
+                                    << "d";
+    QTest::newRow("root swapped") << "d"
+                                  << "d";
+    QTest::newRow("link turned") << "link"
+                                 << "link";
+    QTest::newRow("link above turned") << "link"
+                                       << "link/inner";
+}
+
+/// A selection is of files: those of the same names in a folder that takes the place of theirs are not in it.
+void TestMPanelRows::anotherFolderIsNotChosen()
+{
+    QFETCH(QString, drive);
+    QFETCH(QString, shown);
+    for (const char* folder : {"d", "e", "d/inner", "e/inner"}) {
+        dir->file(QString(QLatin1String(folder)) + "/same", folder);
+    }
+    dir->file(QStringLiteral("e/inner/new"));
+    dir->file(QStringLiteral("e/new"));
+    dir->link(QStringLiteral("link"), QStringLiteral("d"));
+    panel->setTreeRoot(dir->path(drive));
+    QVERIFY(openFolder(panel, dir->path(shown)));
+    panel->list->setFocus();
+    select({"same"});
+    QCOMPARE(panel->selectedCount, 1);
+    if (shown == "d") {
+        QVERIFY(QDir().rename(dir->path("d"), dir->path("away")));
+        QVERIFY(QDir().rename(dir->path("e"), dir->path("d")));
+    } else {
+        QVERIFY(QFile::remove(dir->path("link")));
+        dir->link(QStringLiteral("link"), QStringLiteral("e"));
+    }
+    QTRY_VERIFY(listNames(panel).contains(QStringLiteral("new")));
+    QVERIFY(listNames(panel).contains(QStringLiteral("same")));
+    panel->list->takePending();
+    QCOMPARE(gslDragList, QStringList());
+    QVERIFY(!panel->list->currentIndex().isValid());
 }
 
 void TestMPanelRows::manyRemovalsKeepTheSelection()
