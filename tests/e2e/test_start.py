@@ -180,7 +180,13 @@ class Start(VantrelTest):
         self.addCleanup(server.wait)
         self.addCleanup(server.terminate)
         self.start("drive=/=Root\n", ready=False, prefix=["/usr/bin/env", "DISPLAY=" + display])
-        wait_for(lambda: self.program.main().extents == (0, 0, *desktop.SCREEN), lambda: self.program.main().extents)
+
+        def size():
+            """What the X server says: nobody looks after windows there."""
+            return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Vantrel$", "getwindowgeometry"],
+                                  env={**os.environ, "DISPLAY": display}, capture_output=True, text=True,
+                                  check=False).stdout
+        wait_for(lambda: "Geometry: {}x{}".format(*desktop.SCREEN) in size(), size)
 
     def test_window_menu(self):
         program = self.start()
