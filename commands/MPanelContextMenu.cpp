@@ -68,7 +68,7 @@ void MPanel::ShowContextMenu(const QString& path, int isFolder, const QPoint& gl
     const QString item = contextPath;
     const HeldFolder folder(QFile::encodeName(shown).constData());
     menu.exec(globalPos);
-    if (currentPath != shown || !folder.isAt(QFile::encodeName(shown).constData())) {
+    if (!takesCommands() || currentPath != shown || !folder.isAt(QFile::encodeName(shown).constData())) {
         return; // the folder went while the menu was open: what was meant is not there any more
     }
     if (const QAction* chosen = choice.entry()) {

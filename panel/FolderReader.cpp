@@ -117,30 +117,34 @@ void FolderReader::folderChanged(const QString& folder)
 }
 
 /// Watches a folder before it is read, so that what changes in between is read once more rather than missed.
-/// Where that is another watch than before, another folder has come to stand there.
+/// Where that is another watch than before, another folder has come to stand there: no number is given twice.
 void FolderReader::watch(const QString& folder, Folder& state)
 {
-    const int before = m_watch->watchOf(folder);
     m_watch->add(folder);
-    state.doubtful = state.doubtful || before != m_watch->watchOf(folder);
+    const int now = m_watch->watchOf(folder);
+    state.another = state.another || (state.watch >= 0 && now >= 0 && now != state.watch);
+    state.watch = now >= 0 ? now : state.watch;
 }
 
-/// Something may have been mounted over any of the folders, or taken away from it: they are all read again,
-/// without a pause.
+/// Where something was mounted over a folder, or taken away from it, it is read again without a pause.
 void FolderReader::mountsChanged()
 {
-    for (Folder& state : m_folders) {
-        state.due = true;
-        state.since.invalidate();
+    for (auto state = m_folders.begin(); state != m_folders.end(); ++state) {
+        if (!m_watch->leadsToWatched(state.key())) {
+            state->due = true;
+            state->since.invalidate();
+            m_dueTimer.start(0);
+        }
     }
-    m_dueTimer.start(0);
 }
 
-/// A file system may tell other numbers of one folder from time to time, so that these alone say nothing.
+/// A file system may tell other numbers of one folder from time to time: they count only where it is not
+/// watched.
 bool FolderReader::isReplaced(const Folder& state, const FolderReading& reading)
 {
     return state.read && reading.exists
-        && (state.device != reading.device || (state.doubtful && state.number != reading.number));
+        && (state.another || state.device != reading.device
+            || (state.watch < 0 && state.number != reading.number));
 }
 
 void FolderReader::takeReading(FolderReading reading, qint64 tookMs, quint64 serial)
@@ -149,10 +153,13 @@ void FolderReader::takeReading(FolderReading reading, qint64 tookMs, quint64 ser
     if (state == m_folders.end() || state->serial != serial) {
         return; // forgotten since it was started, and perhaps asked for again
     }
+    if (state->read && state->number != reading.number) {
+        watch(reading.folder, *state); // it may have been replaced between being watched and being read
+    }
     reading.replaced = isReplaced(*state, reading);
+    state->another = false;
     state->device = reading.device;
     state->number = reading.number;
-    state->doubtful = state->doubtful && state->due; // else it was read since
     const bool completes = state->partTold && reading.complete;
     state->entries = reading.entries;
     state->read = true;

@@ -62,7 +62,8 @@ private:
         bool running = false; ///< a job is under way
         quint64 serial = 0; ///< of the job that was started last
         bool due = false; ///< to be read again
-        bool doubtful = false; ///< another folder may have come to stand there since the last reading began
+        int watch = -1; ///< number of its last watch; below 0 where it never had one
+        bool another = false; ///< another folder has come to stand there since it was read
         quint64 device = 0; ///< with `number`, which folder was read last
         quint64 number = 0;
         qint64 tookMs = 0; ///< duration of the last reading

@@ -68,40 +68,41 @@ FolderWatch::~FolderWatch()
 bool FolderWatch::add(const QString& folder)
 {
     const int watch = m_events->watch(folder);
-    const bool gone = watch == -ENOENT || watch == -ENOTDIR;
-    if (watch >= 0 || watch == -EACCES || gone) {
-        // After the new one is there, so that one and the same folder is watched throughout. One that follows
-        // a folder which was moved away says nothing of what is made in its place.
-        remove(folder);
-    }
+    const QList<int> above = watchAbove(folder, watch == -EACCES);
+    // After the new ones are there, so that one and the same folder is watched throughout. Where the folder
+    // cannot be watched, the watch from before is another folder's, and says nothing of this one.
+    remove(folder);
     if (watch >= 0) {
         m_watches.insert(folder, watch);
-    } else if (watch == -EACCES) {
-        watchReadableAbove(folder);
     }
-    const QStringList above = foldersOfLinks(folder);
-    for (const QString& each : above) {
-        watchAbove(folder, m_events->watch(each));
+    for (const int each : above) {
+        m_watchesAbove.insert(folder, each);
     }
-    return !gone;
+    return watch != -ENOENT && watch != -ENOTDIR;
 }
 
-void FolderWatch::watchReadableAbove(const QString& folder)
+/// Watches what tells where the path of a folder leads, and when it may be read.
+/// @param isClosed it may not be read
+QList<int> FolderWatch::watchAbove(const QString& folder, bool isClosed)
 {
+    QList<int> watches;
+    const auto take = [&](const QString& above) {
+        const int watch = m_events->watch(above);
+        if (watch >= 0) {
+            watches.append(watch);
+        }
+        return watch;
+    };
     QString above = folder;
-    int watch = -EACCES;
-    while (watch == -EACCES && above.length() > 1) {
+    while (isClosed && above.length() > 1) {
         above = xs_UpOneLevel(above);
-        watch = m_events->watch(above);
+        isClosed = take(above) == -EACCES;
     }
-    watchAbove(folder, watch);
-}
-
-void FolderWatch::watchAbove(const QString& folder, int watch)
-{
-    if (watch >= 0) {
-        m_watchesAbove.insert(folder, watch);
+    const QStringList links = foldersOfLinks(folder);
+    for (const QString& each : links) {
+        take(each);
     }
+    return watches;
 }
 
 void FolderWatch::remove(const QString& folder)
@@ -115,7 +116,6 @@ void FolderWatch::remove(const QString& folder)
     }
 }
 
-/// @return whether a path still leads to the folder that is watched for it
 bool FolderWatch::leadsToWatched(const QString& folder) const
 {
     const int watch = m_events->watch(folder);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -31,6 +32,8 @@ public:
     /// @return number of its watch, another one for another folder at the same path; below 0 where it has
     /// none
     int watchOf(const QString& folder) const { return m_watches.value(folder, -1); }
+    /// @return whether the path still leads to the folder that is watched for it
+    bool leadsToWatched(const QString& folder) const;
 
 signals:
     /// Something in @p folder, or the folder itself, has changed, or may have.
@@ -42,9 +45,7 @@ private slots:
     void drop(int watch);
 
 private:
-    void watchReadableAbove(const QString& folder);
-    void watchAbove(const QString& folder, int watch);
-    bool leadsToWatched(const QString& folder) const;
+    QList<int> watchAbove(const QString& folder, bool isClosed);
 
     std::shared_ptr<FolderEvents> m_events; ///< shared with all other objects of this class
     QMultiHash<QString, int> m_watches; ///< folder to watch, one for each

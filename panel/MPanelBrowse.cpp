@@ -44,18 +44,13 @@ void MPanel::setTreePath(QString path)
 void MPanel::treeRowChanged(QString path)
 {
     currentPath = path;
-    const bool isFolder = listFolder(path);
+    listFolder(path);
     tree->setFocus(Qt::OtherFocusReason);
     tree->showCurrent(treeModel->index(path));
     tree->scrollTo(treeModel->index(path), QAbstractItemView::EnsureVisible);
     navBar->SetNavBar(path);
     noteLastPath(path);
     listSelectionChanged();
-    if (isFolder) {
-        folderReturn->stop();
-    } else {
-        folderReturn->waitFor(path);
-    }
 }
 
 /// Lists a folder in a new model, without rows where it is not there.
@@ -64,7 +59,10 @@ bool MPanel::listFolder(const QString& path)
 {
     newListModel();
     list->setRootIndex(listModel->showFolder(path));
-    if (!showsFolder()) {
+    if (showsFolder()) {
+        folderReturn->stop();
+    } else {
+        folderReturn->waitFor(path);
         showCounts(path, 0, 0, 0); // nothing will be loaded: the counts of the folder before must not stay
     }
     return showsFolder();
@@ -240,7 +238,8 @@ void MPanel::showReturned(const QString& folder)
 void MPanel::showRootAgain()
 {
     if (!QFileInfo(rootPath).isDir() && treeModel->showsNothing()) {
-        return; // as it is
+        folderReturn->waitFor(rootPath); // it is shown as it is
+        return;
     }
     const QPointer<QWidget> focused(window()->focusWidget());
     setTreeRoot(rootPath);
@@ -264,6 +263,9 @@ void MPanel::reloadList()
             return; // else the root is gone, and nothing is to be listed
         }
     }
+    if (!showsFolder()) {
+        return; // asked for by a model that has been replaced since
+    }
     // Not the current folder, which a right click in the tree changes.
     const QString folder = listModel->rootPath();
     const MList::Place place = list->place();
@@ -277,8 +279,12 @@ void MPanel::reloadList()
 
 void MPanel::listAnotherFolder()
 {
+    if (!showsFolder()) {
+        return; // it has gone since
+    }
     const QString folder = listModel->rootPath();
     listFolder(folder);
+    noteLastPath(folder);
     listSelectionChanged();
 }
 

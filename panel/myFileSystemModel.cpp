@@ -135,7 +135,8 @@ void myFileSystemModel::getFolderStats(QString path, qint64& dirs, qint64& files
 
 QModelIndex myFileSystemModel::showFolder(const QString& path)
 {
-    const QModelIndex folder = QFileInfo(path).isDir() ? setRootPath(path) : QModelIndex();
+    const bool isFolder = path.startsWith(QLatin1Char('/')) && QFileInfo(path).isDir();
+    const QModelIndex folder = isFolder ? setRootPath(path) : QModelIndex();
     // It may have gone between the two.
     m_showsNothing = !folder.isValid() || rootPath() != path;
     return m_showsNothing ? QModelIndex() : folder;

@@ -221,6 +221,10 @@ void TestMPanelRows::nothingIsShown()
     expectNothing();
     QCOMPARE(treeNames(panel), QStringList());
     QVERIFY(!panel->tree->currentIndex().isValid());
+    panel->reloadList(); // as a model asks that has been replaced since
+    panel->listAnotherFolder();
+    QVERIFY(!panel->showsFolder());
+    QVERIFY(!panel->list->isRestoring());
 }
 
 void TestMPanelRows::nothingIsTakenWhereNothingIsShown()

@@ -535,7 +535,7 @@ void TestmyFileSystemModel::statsOfALink()
 /// The base class takes another folder then, with a valid index.
 void TestmyFileSystemModel::folderThatIsNotThere()
 {
-    for (const QString& path : {QStringLiteral("/no/such/place"), QString()}) {
+    for (const QString& path : {QStringLiteral("/no/such/place"), QString(), QStringLiteral(".")}) {
         myFileSystemModel none(panel);
         none.setFilter(QDir::AllEntries);
         none.setColumns(4);
