@@ -59,9 +59,10 @@ FolderWatch::FolderWatch(QObject* parent)
 
 FolderWatch::~FolderWatch()
 {
-    const QStringList folders = m_watches.keys() + m_watchesAbove.keys();
-    for (const QString& folder : folders) {
-        remove(folder);
+    for (const auto* watches : {&m_watches, &m_watchesAbove}) {
+        for (const int watch : *watches) {
+            m_events->unwatch(watch);
+        }
     }
 }
 
@@ -141,8 +142,9 @@ void FolderWatch::tell(int watch)
 
 void FolderWatch::tellAll()
 {
-    const QStringList folders = m_watches.keys() + m_watchesAbove.keys();
-    for (const QString& folder : folders) {
+    QStringList folders = m_watches.keys();
+    folders.append(m_watchesAbove.uniqueKeys());
+    for (const QString& folder : qAsConst(folders)) {
         emit changed(folder);
     }
 }
