@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdlib>
@@ -78,6 +79,34 @@ Function realCall(const char* name)
 
 #define REAL(name) static const auto real = realCall<decltype(&::name)>(#name)
 
+/// Folder of the program, with "/" at its end. No string, which would be made and freed in different
+/// circumstances.
+char ownFolder[PATH_MAX];
+
+void findOwnFolder()
+{
+    const ssize_t length = ::readlink("/proc/self/exe", ownFolder, sizeof ownFolder - 1);
+    ownFolder[length > 0 ? length : 0] = '\0';
+    char* end = std::strrchr(ownFolder, '/');
+    if (end != nullptr) {
+        end[1] = '\0';
+    }
+}
+
+/// A sanitizer's runtime opens the program, its libraries and what is known of them for a report, at any
+/// moment, and with its own ways to get memory: nothing of that may be noted, also where everything is
+/// watched.
+bool isOfTheRuntime(const std::string& path)
+{
+    for (const char* folder : {"/usr/", "/lib", "/proc/self/", static_cast<const char*>(ownFolder)}) {
+        const std::size_t length = std::strlen(folder);
+        if (length > 0 && path.compare(0, length, folder) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool isWatched(const std::string& path)
 {
     const std::string& prefix = state().prefix;
@@ -103,7 +132,7 @@ void sleepMs(long ms)
 Fate fateOf(const char* function, const std::string& path)
 {
     Fate fate;
-    if (!active || inside) {
+    if (!active || inside || isOfTheRuntime(path)) {
         return fate;
     }
     std::vector<Rule> hooks;
@@ -352,6 +381,7 @@ extern "C" {
 
 void faultshim_watch(const char* prefix)
 {
+    findOwnFolder();
     const std::lock_guard<std::mutex> guard(state().lock);
     state().prefix = prefix == nullptr ? "" : prefix;
     state().rules.clear();
