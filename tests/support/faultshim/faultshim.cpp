@@ -1,5 +1,7 @@
 #include "tests/support/faultshim/faultshim.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -98,13 +100,11 @@ void findOwnFolder()
 /// watched.
 bool isOfTheRuntime(const std::string& path)
 {
-    for (const char* folder : {"/usr/", "/lib", "/proc/self/", static_cast<const char*>(ownFolder)}) {
+    const std::array<const char*, 4> folders{"/usr/", "/lib", "/proc/self/", ownFolder};
+    return std::any_of(folders.begin(), folders.end(), [&path](const char* folder) {
         const std::size_t length = std::strlen(folder);
-        if (length > 0 && path.compare(0, length, folder) == 0) {
-            return true;
-        }
-    }
-    return false;
+        return length > 0 && path.compare(0, length, folder) == 0;
+    });
 }
 
 bool isWatched(const std::string& path)
